@@ -1,0 +1,97 @@
+// oledd-sim: the appliance daemon on a simulated box. Prepares the box
+// (root folder, working directory, tool path) and then runs the daemon's
+// own start-up sequence unchanged.
+#include <errno.h>
+#include <limits.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "box_root.h"
+#include "startup.h"
+
+namespace {
+
+void usage(FILE* to)
+{
+    fprintf(to,
+            "usage: oledd-sim --root DIR [options]\n"
+            "\n"
+            "Runs the front-panel daemon on a simulated box. The box's files\n"
+            "(/data/oled.ini, /version/hardware_info, /proc/umap/..., /tmp/...)\n"
+            "live under DIR; the daemon runs in DIR/home/public, and DIR/bin comes\n"
+            "first on the PATH of the tools it starts (iostat, get_temperature).\n"
+            "\n"
+            "options:\n"
+            "  --root DIR   the box's root folder (required)\n"
+            "  --out DIR    where the simulated panel and LEDs are written\n"
+            "  --help       this text\n");
+}
+
+bool make_folders(const std::string& path)
+{
+    std::string::size_type pos = 1;
+    while (pos != std::string::npos) {
+        pos = path.find('/', pos + 1);
+        std::string part = path.substr(0, pos);
+        if (mkdir(part.c_str(), 0777) != 0 && errno != EEXIST) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    std::string root;
+    std::string out;
+    for (int i = 1; i < argc; ++i) {
+        std::string arg = argv[i];
+        if (arg == "--help" || arg == "-h") {
+            usage(stdout);
+            return 0;
+        } else if (arg == "--root" && i + 1 < argc) {
+            root = argv[++i];
+        } else if (arg == "--out" && i + 1 < argc) {
+            out = argv[++i];
+        } else {
+            fprintf(stderr, "oledd-sim: unknown or incomplete option '%s'\n", arg.c_str());
+            usage(stderr);
+            return 2;
+        }
+    }
+    if (root.empty()) {
+        fprintf(stderr, "oledd-sim: --root DIR is required\n");
+        usage(stderr);
+        return 2;
+    }
+    char real[PATH_MAX];
+    if (realpath(root.c_str(), real) == nullptr) {
+        fprintf(stderr, "oledd-sim: root folder %s: %s\n", root.c_str(), strerror(errno));
+        return 2;
+    }
+    set_box_root(real);
+    if (!out.empty() && !make_folders(out)) {
+        fprintf(stderr, "oledd-sim: cannot make output folder %s: %s\n", out.c_str(), strerror(errno));
+        return 2;
+    }
+
+    const std::string work = std::string(real) + "/home/public";
+    if (!make_folders(work) || chdir(work.c_str()) != 0) {
+        fprintf(stderr, "oledd-sim: cannot enter %s: %s\n", work.c_str(), strerror(errno));
+        return 2;
+    }
+    const char* old_path = getenv("PATH");
+    std::string path = std::string(real) + "/bin:" + (old_path != nullptr ? old_path : "/usr/bin:/bin");
+    setenv("PATH", path.c_str(), 1);
+
+    // Whoever watches the simulated box reads its output live.
+    setvbuf(stdout, nullptr, _IOLBF, 0);
+    return oled_main();
+}

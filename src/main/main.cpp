@@ -1,0 +1,6 @@
+#include "startup.h"
+
+int main()
+{
+    return oled_main();
+}

@@ -1,0 +1,49 @@
+#include "startup.h"
+
+#include <signal.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include "board_identity.h"
+#include "runtime_settings.h"
+#include "singleton.h"
+#include "software_config.h"
+
+void HandleSig(int sig)
+{
+    printf("handle signal -->0x%x\n", sig);
+    thread_big_loop = false;
+    thread_small_loop = false;
+    thread_oled_ump = false;
+    thread_led_loop = false;
+    sleep(1);  // gives the loops a pass to notice their flag
+    puts("exit  HandleSig");
+    exit(-1);
+}
+
+int oled_main()
+{
+    signal(SIGINT, HandleSig);
+    signal(SIGTERM, HandleSig);
+    signal(SIGHUP, HandleSig);
+    signal(SIGSEGV, HandleSig);
+
+    // The board must be known before the settings store exists: some of
+    // its defaults depend on it.
+    get_hw_version(hw_info);
+
+    std::shared_ptr<SoftwareConfig> config = Singleton<SoftwareConfig>::instance();
+    config->ReadConfig();
+    config->PrintConfig();
+    config->SaveConfig();
+
+    init_argumnt();
+
+    // The control server takes this place; until then wait for a signal.
+    for (;;) {
+        pause();
+    }
+    config.reset();
+    return 0;
+}

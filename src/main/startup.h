@@ -1,0 +1,11 @@
+#ifndef OLED_MAIN_STARTUP_H
+#define OLED_MAIN_STARTUP_H
+
+// The daemon's start-up sequence and service; what main() of oledd runs and
+// what oledd-sim runs after preparing the simulated box.
+int oled_main();
+
+// Ends the process on SIGINT, SIGTERM, SIGHUP and SIGSEGV.
+void HandleSig(int sig);
+
+#endif

@@ -1,0 +1,120 @@
+#include <gtest/gtest.h>
+
+#include <sys/ipc.h>
+#include <sys/msg.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+#include "capture_stdout.h"
+#include "create_thread.h"
+#include "durable_file.h"
+#include "message_queue.h"
+#include "singleton.h"
+#include "temp_root.h"
+
+namespace {
+
+std::atomic<int> constructed(0);
+
+struct Counted {
+    Counted() { ++constructed; }
+    int value = 42;
+};
+
+std::atomic<int> ran(0);
+
+void* mark_ran(void* arg)
+{
+    ran.store(*static_cast<int*>(arg));
+    return nullptr;
+}
+
+}  // namespace
+
+TEST(Singleton, CreatesOneInstanceEvenWhenThreadsRace)
+{
+    std::vector<std::thread> threads;
+    std::vector<Counted*> seen(8, nullptr);
+    for (int i = 0; i < 8; ++i) {
+        threads.emplace_back([i, &seen] { seen[i] = Singleton<Counted>::instance().get(); });
+    }
+    for (std::thread& t : threads) {
+        t.join();
+    }
+    EXPECT_EQ(constructed.load(), 1);
+    for (Counted* p : seen) {
+        EXPECT_EQ(p, seen[0]);
+    }
+    EXPECT_EQ(Singleton<Counted>::instance()->value, 42);
+}
+
+TEST(CreateThread, StartsADetachedThreadWithItsArgument)
+{
+    int value = 7;
+    pthread_t tid = CreateThread(mark_ran, 10, SCHED_FIFO, 1, &value);
+    ASSERT_NE(tid, static_cast<pthread_t>(0));
+    for (int i = 0; i < 200 && ran.load() == 0; ++i) {
+        usleep(5000);
+    }
+    EXPECT_EQ(ran.load(), 7);
+}
+
+TEST(DurableFile, ReplacesWholeAndKeepsTheOldFileWhenTheFolderIsReadOnly)
+{
+    TempRoot root;
+    root.make_folder("/data");
+    ASSERT_TRUE(write_file_durably("/data/f", "first\n"));
+    EXPECT_EQ(root.read("/data/f"), "first\n");
+    EXPECT_TRUE(file_holds("/data/f", "first\n"));
+    EXPECT_FALSE(file_holds("/data/f", "first"));
+    ASSERT_TRUE(write_file_durably("/data/f", "second\n"));
+    EXPECT_EQ(root.read("/data/f"), "second\n");
+    EXPECT_FALSE(root.exists("/data/f.tmp"));
+
+    if (geteuid() != 0) {  // root writes through permissions
+        chmod(root.host("/data").c_str(), 0555);
+        chmod(root.host("/data/f").c_str(), 0444);
+        EXPECT_FALSE(write_file_durably("/data/f", "third\n"));
+        EXPECT_EQ(root.read("/data/f"), "second\n");
+        // A writable file in a read-only folder is rewritten in place.
+        chmod(root.host("/data/f").c_str(), 0644);
+        EXPECT_TRUE(write_file_durably("/data/f", "fourth\n"));
+        EXPECT_EQ(root.read("/data/f"), "fourth\n");
+    }
+}
+
+TEST(MessageQueue, CreateSetStatusDelete)
+{
+    TempRoot root;
+    int id = CreateMessageQueue(root.path().c_str());
+    if (id < 0) {
+        GTEST_SKIP() << "System V message queues not available here";
+    }
+    {
+        // Raising the byte limit needs a privilege a container may lack.
+        CaptureStdout out;
+        if (SetMessageQueue(id) == 1) {
+            msqid_ds info;
+            ASSERT_EQ(msgctl(id, IPC_STAT, &info), 0);
+            EXPECT_EQ(info.msg_qbytes, 5242880u);
+        } else {
+            EXPECT_EQ(out.text().rfind("msg set info error: ", 0), 0u);
+        }
+    }
+    {
+        CaptureStdout out;
+        GetMessageQueueStatus(id);
+        EXPECT_NE(out.text().find("number of messages in queue is 0\n"), std::string::npos);
+    }
+    EXPECT_EQ(DeleteMessageQueue(id), 1);
+    CaptureStdout out;
+    EXPECT_EQ(DeleteMessageQueue(id), 0);
+    EXPECT_EQ(out.text(), "[DeleteMessageQueue]-39: msgctl(IPC_RMID) failed\n");
+    CaptureStdout out2;
+    EXPECT_EQ(CreateMessageQueue("/no/such/path"), 0);
+    EXPECT_EQ(out2.text().rfind("[CreateMessageQueue]-13: ftok create error: ", 0), 0u);
+}

@@ -1,0 +1,172 @@
+"""Runs oledd-sim as a whole program inside network namespaces that the
+test makes itself, so that no packet ever leaves them."""
+
+import os
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+import unittest
+import uuid
+
+SKIP = 77  # ctest's SKIP_RETURN_CODE
+
+BIN_DIR = os.environ.get("OLEDD_BIN_DIR", os.path.join(os.path.dirname(__file__), "..", "..", "build", "bin"))
+
+
+def needs_root():
+    """End the program as skipped when namespaces cannot be made."""
+    if os.geteuid() != 0:
+        print("SKIPPED: this test needs root to make network namespaces (CI runs it as root)")
+        sys.exit(SKIP)
+
+
+def run(*args, check=True, **kw):
+    return subprocess.run(list(args), check=check, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, **kw)
+
+
+class Netns:
+    """A network namespace with its loopback up; removed on close."""
+
+    def __init__(self, tag="box"):
+        self.name = "oledt-%s-%s" % (tag, uuid.uuid4().hex[:8])
+        run("ip", "netns", "add", self.name)
+        self.ip("link", "set", "lo", "up")
+
+    def ip(self, *args):
+        return run("ip", "-n", self.name, *args)
+
+    def exec_args(self, argv):
+        return ["ip", "netns", "exec", self.name] + list(argv)
+
+    def close(self):
+        run("ip", "netns", "del", self.name, check=False)
+
+
+def link(box_ns, box_if, box_addr, peer_ns, peer_if, peer_addrs):
+    """A veth pair between two namespaces, each end with its addresses
+    (CIDR), multicast routed through it."""
+    tmp = "v" + uuid.uuid4().hex[:10]
+    run("ip", "link", "add", tmp, "netns", box_ns.name, "type", "veth", "peer", "name", tmp + "p", "netns", peer_ns.name)
+    box_ns.ip("link", "set", tmp, "name", box_if)
+    peer_ns.ip("link", "set", tmp + "p", "name", peer_if)
+    for ns, ifname, addrs in ((box_ns, box_if, [box_addr] if box_addr else []), (peer_ns, peer_if, peer_addrs)):
+        for addr in addrs:
+            ns.ip("addr", "add", addr, "dev", ifname)
+        ns.ip("link", "set", ifname, "up")
+        ns.ip("route", "add", "224.0.0.0/4", "dev", ifname)
+
+
+class SimBox:
+    """One simulated appliance: a root folder, an output folder and an
+    oledd-sim process whose standard output is collected."""
+
+    def __init__(self, netns=None, files=None, board=None):
+        self.netns = netns
+        self.root = tempfile.mkdtemp(prefix="oledt-root-")
+        self.out = tempfile.mkdtemp(prefix="oledt-out-")
+        self.proc = None
+        self.lines = []
+        self._lock = threading.Lock()
+        self._reader = None
+        if board is not None:
+            self.write("/version/hardware_info", '{"board":"%s"}\n' % board)
+        for path, content in (files or {}).items():
+            self.write(path, content)
+
+    def host(self, box_path):
+        return self.root + box_path
+
+    def write(self, box_path, content, mode=None):
+        path = self.host(box_path)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "wb" if isinstance(content, bytes) else "w") as f:
+            f.write(content)
+        if mode is not None:
+            os.chmod(path, mode)
+
+    def read(self, box_path, binary=False):
+        with open(self.host(box_path), "rb" if binary else "r") as f:
+            return f.read()
+
+    def start(self, *extra, user=None):
+        argv = [os.path.join(BIN_DIR, "oledd-sim"), "--root", self.root, "--out", self.out] + list(extra)
+        if user is not None:
+            argv = ["setpriv", "--reuid=%d" % user, "--regid=%d" % user, "--clear-groups"] + argv
+        if self.netns is not None:
+            argv = self.netns.exec_args(argv)
+        self.proc = subprocess.Popen(argv, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+                                     errors="replace", bufsize=1)
+        self._reader = threading.Thread(target=self._collect, daemon=True)
+        self._reader.start()
+        return self
+
+    def _collect(self):
+        for line in self.proc.stdout:
+            with self._lock:
+                self.lines.append(line.rstrip("\n"))
+
+    def output(self):
+        with self._lock:
+            return list(self.lines)
+
+    def wait_for(self, text, timeout=10.0, after=0):
+        """Index of the first output line from `after` on that contains text."""
+        deadline = time.time() + timeout
+        while time.time() < deadline:
+            lines = self.output()
+            for i in range(after, len(lines)):
+                if text in lines[i]:
+                    return i
+            if self.proc.poll() is not None and self._reader is not None and not self._reader.is_alive():
+                break
+            time.sleep(0.02)
+        raise AssertionError("no line with %r in output:\n%s" % (text, "\n".join(self.output()[-60:])))
+
+    def signal(self, sig=signal.SIGTERM):
+        self.proc.send_signal(sig) if self.netns is None else self._signal_inner(sig)
+
+    def _signal_inner(self, sig):
+        # ip netns exec runs the program in place (exec), so the pid is the
+        # daemon's own; setpriv execs too.
+        os.kill(self.proc.pid, sig)
+
+    def wait(self, timeout=10.0):
+        status = self.proc.wait(timeout=timeout)
+        if self._reader is not None:
+            self._reader.join(timeout=2)
+        return status
+
+    def stop(self):
+        if self.proc is not None and self.proc.poll() is None:
+            self.proc.kill()
+            self.proc.wait()
+        if self.proc is not None and self.proc.stdout is not None:
+            self.proc.stdout.close()
+
+    def close(self):
+        self.stop()
+        shutil.rmtree(self.root, ignore_errors=True)
+        shutil.rmtree(self.out, ignore_errors=True)
+
+
+class E2ETest(unittest.TestCase):
+    """Base class: each test gets a fresh namespace with only loopback;
+    boxes made through self.box() are cleaned up after the test."""
+
+    def setUp(self):
+        self.netns = Netns()
+        self.addCleanup(self.netns.close)
+
+    def box(self, netns=None, **kw):
+        b = SimBox(netns=netns or self.netns, **kw)
+        self.addCleanup(b.close)
+        return b
+
+
+def main():
+    needs_root()
+    unittest.main(verbosity=2)

@@ -1,0 +1,107 @@
+"""The daemon's start-up on a fresh box: board file, settings file,
+messages, signal handling."""
+
+import os
+import signal
+import stat
+
+from harness import E2ETest, main
+
+CANONICAL_DEFAULTS = (
+    "OLed_Port_udp=16124\nOLed_Port=16124\nOLed_a_kind_start=1\nOLed_a_small_n_start=0\n"
+    "OLed_a_small_n_buf=WELCOME\nOLed_a_cpu=1\nOLed_a_vi=1\nOLed_a_ai=1\nOLed_a_net=1\n"
+    "OLed_a_venc=1\nOLed_a_temp=1\nOLed_a_start=1\nOLed_a_sleep_tim=3\nOLed_a_logo=0\n"
+    "OLed_a_gpio_j=0\nOLed_a_io=0\nOLed_ba_SDINMUX=4_2\nOLed_ba_SCLKMUX=4_3\nOLed_ba_CS_MUX=3_5\n"
+    "OLed_ba_DC_MUX=4_0\nOLed_ba_RES_MUX=4_1\nOLed_sml_SDINMUX=4_2\nOLed_sml_SCLKMUX=4_3\n"
+    "OLed_sml_VCCMUX=0\nOLed_sml_GNDMUX=0\nOLed_china_str=AA\nOLed_a_led_start=0\n"
+    "kLed_outside_value=0\nkLed_eth_gpio=0\nkLed_cpu_gpio=0\nkLed_hdmi_gpio=0\nkLed_pwr_gpio=0\n"
+    "kLed_onboard=0\nkLed_onboard_value=0\nkLed_eth_onboard=0\nkLed_cpu_onboard=0\n"
+    "kLed_hdmi_onboard=0\nkSwitch_gpio=0\n")
+
+FAILED = "[get_hw_version]-1209: GetJsonValue() from file-hardware_info failed!"
+
+
+class StartUp(E2ETest):
+    def start_and_stop(self, box):
+        box.start()
+        box.wait_for("save config succeed")
+        box.signal(signal.SIGTERM)
+        self.assertEqual(box.wait(), 255)
+        return box.output()
+
+    def test_fresh_root_gets_the_canonical_file_and_prints_the_sequence(self):
+        box = self.box()
+        out = self.start_and_stop(box)
+        self.assertEqual(out[0], FAILED)  # no board file
+        self.assertEqual(out[1], "")
+        self.assertEqual(out[2], 'make "/data" successfully')
+        self.assertEqual(out[3], "[ReadConfig]-221: read_config: /data/oled.ini")
+        self.assertEqual("\n".join(out[4:42]) + "\n", CANONICAL_DEFAULTS)
+        self.assertEqual(out[42], "[SaveConfig]-246: save config succeed")
+        self.assertEqual(box.read("/data/oled.ini"), CANONICAL_DEFAULTS)
+        self.assertFalse(any(box.root in line for line in out), "host folder leaked into messages")
+
+    def test_board_file_variants(self):
+        cases = {
+            '{"board":"BRD25"}': (["BRD25"], "OLed_sml_SDINMUX=4_0\nOLed_sml_SCLKMUX=4_1\nOLed_sml_VCCMUX=4_2\n"
+                                             "OLed_sml_GNDMUX=4_3\n", "kSwitch_gpio=7_6\n"),
+            '{"Board":"BRD25"}': ([FAILED, ""], "OLed_sml_SDINMUX=4_2\n", "kSwitch_gpio=0\n"),
+            '{"board":25}': ([""], "OLed_sml_SDINMUX=4_2\n", "kSwitch_gpio=0\n"),
+            '{"board": BRD25}': (["[GetJsonValue]-83: Error before: BRD25}" + FAILED, ""], "OLed_sml_SDINMUX=4_2\n",
+                                 "kSwitch_gpio=0\n"),
+        }
+        for content, (first_lines, pins, switch) in cases.items():
+            with self.subTest(board_file=content):
+                box = self.box(files={"/version/hardware_info": content})
+                out = self.start_and_stop(box)
+                self.assertEqual(out[:len(first_lines)], first_lines)
+                saved = box.read("/data/oled.ini")
+                self.assertIn(pins, saved)
+                self.assertTrue(saved.endswith(switch))
+
+    def test_odd_settings_file_is_read_by_the_rules_and_rewritten_canonically(self):
+        box = self.box(files={"/data/oled.ini": (
+            "[oled]\r\n# a comment\r\nOLed_a_cpu=0\r\nOLed_a_vi=\r\nOLed_a_sleep_time=9\r\n"
+            "OLed_a_ai = 0\r\nmystery=1\r\n\r\nOLed_a_small_n_buf=HELLO BOX\r\n")})
+        self.start_and_stop(box)
+        expected = (CANONICAL_DEFAULTS.replace("OLed_a_cpu=1", "OLed_a_cpu=0")
+                    .replace("OLed_a_small_n_buf=WELCOME", "OLed_a_small_n_buf=HELLO BOX"))
+        self.assertEqual(box.read("/data/oled.ini"), expected)
+
+    def test_sigterm_and_sigint_end_with_the_handler_lines_and_status_255(self):
+        for sig, number in ((signal.SIGTERM, "0xf"), (signal.SIGINT, "0x2"), (signal.SIGHUP, "0x1")):
+            with self.subTest(signal=number):
+                box = self.box()
+                out = self.start_and_stop_with(box, sig)
+                i = out.index("handle signal -->" + number)
+                self.assertEqual(out[i + 1], "exit  HandleSig")
+
+    def start_and_stop_with(self, box, sig):
+        box.start()
+        box.wait_for("save config succeed")
+        box.signal(sig)
+        self.assertEqual(box.wait(), 255)
+        return box.output()
+
+    def test_unwritable_settings_file_fails_to_save_and_stays_whole(self):
+        box = self.box(files={"/data/oled.ini": "OLed_a_cpu=0\n"})
+        os.chmod(box.host("/data/oled.ini"), 0o444)
+        os.chmod(box.host("/data"), 0o555)
+        os.chmod(box.root, 0o755)
+        os.makedirs(box.host("/home/public"), mode=0o777)
+        os.chmod(box.host("/home/public"), 0o777)
+        os.chmod(box.out, 0o777)
+        try:
+            box.start(user=65534)
+            box.wait_for("save config failed")
+            out = box.output()
+            self.assertIn("[SaveConfig]-250: save config failed", out)
+            box.signal(signal.SIGTERM)
+            self.assertEqual(box.wait(), 255)
+            self.assertEqual(box.read("/data/oled.ini"), "OLed_a_cpu=0\n")
+        finally:
+            os.chmod(box.host("/data"), 0o755)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,206 @@
+#include <gtest/gtest.h>
+
+#include <string.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "box_root.h"
+#include "capture_stdout.h"
+#include "runtime_settings.h"
+#include "software_config.h"
+#include "temp_root.h"
+
+namespace {
+
+typedef SoftwareConfig C;
+
+// The file a board outside the tables gets with every default.
+const char kCanonicalDefaults[] =
+    "OLed_Port_udp=16124\nOLed_Port=16124\nOLed_a_kind_start=1\nOLed_a_small_n_start=0\n"
+    "OLed_a_small_n_buf=WELCOME\nOLed_a_cpu=1\nOLed_a_vi=1\nOLed_a_ai=1\nOLed_a_net=1\n"
+    "OLed_a_venc=1\nOLed_a_temp=1\nOLed_a_start=1\nOLed_a_sleep_tim=3\nOLed_a_logo=0\n"
+    "OLed_a_gpio_j=0\nOLed_a_io=0\nOLed_ba_SDINMUX=4_2\nOLed_ba_SCLKMUX=4_3\nOLed_ba_CS_MUX=3_5\n"
+    "OLed_ba_DC_MUX=4_0\nOLed_ba_RES_MUX=4_1\nOLed_sml_SDINMUX=4_2\nOLed_sml_SCLKMUX=4_3\n"
+    "OLed_sml_VCCMUX=0\nOLed_sml_GNDMUX=0\nOLed_china_str=AA\nOLed_a_led_start=0\n"
+    "kLed_outside_value=0\nkLed_eth_gpio=0\nkLed_cpu_gpio=0\nkLed_hdmi_gpio=0\nkLed_pwr_gpio=0\n"
+    "kLed_onboard=0\nkLed_onboard_value=0\nkLed_eth_onboard=0\nkLed_cpu_onboard=0\n"
+    "kLed_hdmi_onboard=0\nkSwitch_gpio=0\n";
+
+class ConfigTest : public ::testing::Test {
+protected:
+    void SetUp() override { hw_info[0] = '\0'; }
+    void TearDown() override { hw_info[0] = '\0'; }
+
+    std::string board_pins(const char* board)
+    {
+        snprintf(hw_info, sizeof(hw_info), "%s", board);
+        CaptureStdout quiet;
+        SoftwareConfig config;
+        return config.GetConfig(C::OLed_sml_SDINMUX) + " " + config.GetConfig(C::OLed_sml_SCLKMUX) + " " +
+               config.GetConfig(C::OLed_sml_VCCMUX) + " " + config.GetConfig(C::OLed_sml_GNDMUX) + " " +
+               config.GetConfig(C::kSwitch_gpio);
+    }
+
+    TempRoot root;
+};
+
+}  // namespace
+
+TEST_F(ConfigTest, FreshBoxCreatesDataAndSavesTheCanonicalDefaults)
+{
+    CaptureStdout out;
+    SoftwareConfig config;
+    config.ReadConfig();
+    config.SaveConfig();
+    EXPECT_EQ(out.text(),
+              "make \"/data\" successfully\n"
+              "[ReadConfig]-221: read_config: /data/oled.ini\n"
+              "[SaveConfig]-246: save config succeed\n");
+    EXPECT_STREQ(filepath_, "/data/oled.ini");
+    EXPECT_EQ(root.read("/data/oled.ini"), kCanonicalDefaults);
+    EXPECT_EQ(config.Serialize(), kCanonicalDefaults);
+}
+
+TEST_F(ConfigTest, BoardTablesChooseThePanelAndSwitchPins)
+{
+    EXPECT_EQ(board_pins("BRD25"), "4_0 4_1 4_2 4_3 7_6");
+    EXPECT_EQ(board_pins(""), "4_2 4_3 0 0 0");
+    EXPECT_EQ(board_pins("BRD14"), "12_0 12_1 12_2 0 0");
+    EXPECT_EQ(board_pins("BRD29"), "10_6 10_7 0 0 0");
+    EXPECT_EQ(board_pins("BRD13"), "0_5 6_3 0 0 12_4");
+    EXPECT_EQ(board_pins("BRD08"), "18_1 18_0 0 0 7_6");
+    EXPECT_EQ(board_pins("BRD18"), "10_7 12_5 0 0 0_2");
+    EXPECT_EQ(board_pins("BRD11"), "13_6 13_7 0 0 2_4");
+    EXPECT_EQ(board_pins("BRD19"), "4_2 4_3 0 0 6_3");
+    EXPECT_EQ(board_pins("brd25"), "4_2 4_3 0 0 0");   // case-sensitive
+    EXPECT_EQ(board_pins("BRD250"), "4_2 4_3 0 0 0");  // whole names only
+}
+
+TEST_F(ConfigTest, ReaderFollowsTheLineRules)
+{
+    root.write("/data/oled.ini",
+               "[oled]\r\n"
+               "# OLed_a_vi=7\r\n"
+               "OLed_a_vi=0\r\n"
+               "; OLed_a_net=5\n"
+               "!OLed_a_ai=5\n"
+               "OLed_a_cpu=\n"
+               "OLed_a_cpu=0\n"
+               "OLed_a_sleep_time=9\n"
+               "OLed_a_temp = 0\n"
+               "xOLed_a_venc=0\n"
+               "unknown_key=12\n"
+               "\n"
+               "OLed_a_small_n_buf= two  words \r\n"
+               "OLed_a_logo=1\r\n"
+               "OLed_china_str=A\rB\n"
+               "kSwitch_gpio=7_1\r");
+    CaptureStdout quiet;
+    SoftwareConfig config;
+    config.ReadConfig();
+    EXPECT_EQ(config.GetConfig(C::OLed_a_vi), "0");        // comment skipped, CR LF dropped
+    EXPECT_EQ(config.GetConfig(C::OLed_a_net), "1");       // ";" comment
+    EXPECT_EQ(config.GetConfig(C::OLed_a_ai), "1");        // "!" comment
+    EXPECT_EQ(config.GetConfig(C::OLed_a_cpu), "1");       // first match is empty: default stays
+    EXPECT_EQ(config.GetConfig(C::OLed_a_sleep_tim), "3");  // lookalike key does not match
+    EXPECT_EQ(config.GetConfig(C::OLed_a_temp), "1");      // blanks around "=": no key
+    EXPECT_EQ(config.GetConfig(C::OLed_a_venc), "0");      // key found inside the line
+    EXPECT_EQ(config.GetConfig(C::OLed_a_small_n_buf), " two  words ");
+    EXPECT_EQ(config.GetConfig(C::OLed_a_logo), "1");
+    EXPECT_EQ(config.GetConfig(C::OLed_china_str), "A\rB");  // lone CR stays
+    EXPECT_EQ(config.GetConfig(C::kSwitch_gpio), "7_1");     // CR at the end of the file goes
+
+    config.SaveConfig();
+    std::string saved = root.read("/data/oled.ini");
+    EXPECT_EQ(std::count(saved.begin(), saved.end(), '\n'), 38);
+    EXPECT_EQ(saved.find('#'), std::string::npos);
+    EXPECT_EQ(saved.find("[oled]"), std::string::npos);
+    EXPECT_NE(saved.find("\nOLed_a_vi=0\n"), std::string::npos);
+}
+
+TEST_F(ConfigTest, ReReadKeepsValuesTheFileLacks)
+{
+    CaptureStdout quiet;
+    SoftwareConfig config;
+    config.SetConfig(C::OLed_a_cpu, 0);
+    root.write("/data/oled.ini", "OLed_a_vi=0\n");
+    config.ReadConfig();
+    EXPECT_EQ(config.GetConfig(C::OLed_a_cpu), "0");
+    EXPECT_EQ(config.GetConfig(C::OLed_a_vi), "0");
+}
+
+TEST_F(ConfigTest, IdentifiersOutsideTheTableAreRefused)
+{
+    CaptureStdout quiet;
+    SoftwareConfig config;
+    EXPECT_EQ(config.GetConfig(static_cast<C::SoftWareConfigID>(38)), "error");
+    EXPECT_FALSE(config.SetConfig(static_cast<C::SoftWareConfigID>(38), "x"));
+    EXPECT_FALSE(config.SetConfig(static_cast<C::SoftWareConfigID>(-1), 3));
+    EXPECT_EQ(config.Serialize(), kCanonicalDefaults);
+    EXPECT_TRUE(config.SetConfig(C::OLed_a_sleep_tim, -5));
+    EXPECT_EQ(config.GetConfig(C::OLed_a_sleep_tim), "-5");
+    EXPECT_TRUE(config.SetConfig(C::OLed_a_small_n_buf, std::string(" raw|text=\n")));
+    EXPECT_EQ(config.GetConfig(C::OLed_a_small_n_buf), " raw|text=\n");
+}
+
+TEST_F(ConfigTest, PrintShowsTheSavedLinesAndTheDestructorSaysGoodbye)
+{
+    std::string printed;
+    {
+        CaptureStdout out;
+        {
+            SoftwareConfig config;
+            config.PrintConfig();
+        }
+        printed = out.text();
+    }
+    const std::string expected = std::string("make \"/data\" successfully\n") + kCanonicalDefaults +
+                                 "[~SoftwareConfig]-216: SoftwareConfig Normal Exit!\n";
+    EXPECT_EQ(printed, expected);
+}
+
+TEST_F(ConfigTest, UnchangedSettingsAreNotRewritten)
+{
+    CaptureStdout quiet;
+    SoftwareConfig config;
+    config.SaveConfig();
+    struct stat before;
+    ASSERT_EQ(stat(root.host("/data/oled.ini").c_str(), &before), 0);
+    usleep(20000);
+    EXPECT_TRUE(config.SaveConfig());
+    struct stat after;
+    ASSERT_EQ(stat(root.host("/data/oled.ini").c_str(), &after), 0);
+    EXPECT_EQ(before.st_ino, after.st_ino);
+    EXPECT_EQ(before.st_mtim.tv_nsec, after.st_mtim.tv_nsec);
+    config.SetConfig(C::OLed_a_cpu, 0);
+    EXPECT_TRUE(config.SaveConfig());
+    EXPECT_NE(root.read("/data/oled.ini").find("\nOLed_a_cpu=0\n"), std::string::npos);
+}
+
+TEST_F(ConfigTest, AnUnwritableFileFailsAndStaysWhole)
+{
+    if (geteuid() == 0) {
+        GTEST_SKIP() << "root writes through permissions; the e2e test covers this as a user";
+    }
+    root.write("/data/oled.ini", kCanonicalDefaults);
+    chmod(root.host("/data/oled.ini").c_str(), 0444);
+    chmod(root.host("/data").c_str(), 0555);
+    CaptureStdout out;
+    SoftwareConfig config;
+    config.SetConfig(C::OLed_a_cpu, 0);
+    EXPECT_FALSE(config.SaveConfig());
+    EXPECT_EQ(out.text(), "[SaveConfig]-250: save config failed\n");
+    EXPECT_EQ(root.read("/data/oled.ini"), kCanonicalDefaults);
+}
+
+TEST_F(ConfigTest, AnUncreatableDataFolderPutsTheFileInTheWorkingDirectory)
+{
+    set_box_root(root.path() + "/missing/parent");
+    CaptureStdout out;
+    SoftwareConfig config;
+    EXPECT_EQ(out.text(), "make \"/data\" errorly\n");
+    EXPECT_STREQ(filepath_, "./oled.ini");
+    set_box_root(root.path());
+}
