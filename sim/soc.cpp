@@ -1,0 +1,205 @@
+#include "soc.h"
+
+#include <string.h>
+
+#include "register_seam.h"
+
+namespace {
+
+const uint32_t kMuxBase = 0x120F0000;
+const uint32_t kMuxSize = 0x1000;
+const uint32_t kGpioBase = 0x12150000;
+const uint32_t kGroupStride = 0x10000;
+const int kGroups = 25;
+const uint32_t kDirection = 0x400;
+
+// Which group a GPIO address belongs to, or -1.
+int group_of(uint32_t addr, uint32_t* offset)
+{
+    if (addr < kGpioBase || addr >= kGpioBase + kGroups * kGroupStride) {
+        return -1;
+    }
+    *offset = (addr - kGpioBase) % kGroupStride;
+    return static_cast<int>((addr - kGpioBase) / kGroupStride);
+}
+
+}  // namespace
+
+SimSoc& SimSoc::instance()
+{
+    static SimSoc soc;
+    return soc;
+}
+
+SimSoc::SimSoc() : trace_(nullptr), stores_(0)
+{
+    reset();
+}
+
+void SimSoc::reset()
+{
+    std::lock_guard<std::recursive_mutex> lock(mutex_);
+    memset(data_, 0, sizeof(data_));
+    memset(direction_, 0, sizeof(direction_));
+    memset(input_, 0, sizeof(input_));
+    mux_.clear();
+    listeners_.clear();
+    change_callbacks_.clear();
+    trace_ = nullptr;
+    stores_ = 0;
+}
+
+int SimSoc::level_locked(int group, int bit) const
+{
+    const uint32_t mask = 1u << bit;
+    const uint32_t source = (direction_[group] & mask) != 0 ? data_[group] : input_[group];
+    return (source & mask) != 0 ? 1 : 0;
+}
+
+uint32_t SimSoc::load(uint32_t addr)
+{
+    std::lock_guard<std::recursive_mutex> lock(mutex_);
+    uint32_t offset = 0;
+    int group = group_of(addr, &offset);
+    if (group >= 0) {
+        if (offset == kDirection) {
+            return direction_[group];
+        }
+        if (offset < kDirection && offset % 4 == 0) {
+            const uint32_t mask = (offset >> 2) & 0xFF;
+            const uint32_t levels = (data_[group] & direction_[group]) | (input_[group] & ~direction_[group]);
+            return levels & mask;
+        }
+        return 0;
+    }
+    if (addr >= kMuxBase && addr < kMuxBase + kMuxSize) {
+        std::map<uint32_t, uint32_t>::const_iterator it = mux_.find(addr - kMuxBase);
+        return it == mux_.end() ? 0 : it->second;
+    }
+    return 0;
+}
+
+void SimSoc::store(uint32_t addr, uint32_t value)
+{
+    std::vector<std::function<void()> > callbacks;
+    {
+        std::lock_guard<std::recursive_mutex> lock(mutex_);
+        ++stores_;
+        if (trace_ != nullptr) {
+            fprintf(trace_, "%08X %08X\n", addr, value);
+        }
+        uint32_t offset = 0;
+        int group = group_of(addr, &offset);
+        if (group >= 0) {
+            store_gpio(group, offset, value);
+        } else if (addr >= kMuxBase && addr < kMuxBase + kMuxSize) {
+            mux_[addr - kMuxBase] = value;
+        }
+        callbacks = change_callbacks_;
+    }
+    for (size_t i = 0; i < callbacks.size(); ++i) {
+        callbacks[i]();
+    }
+}
+
+void SimSoc::store_gpio(int group, uint32_t offset, uint32_t value)
+{
+    uint8_t before = 0;
+    for (int bit = 0; bit < 8; ++bit) {
+        before |= static_cast<uint8_t>(level_locked(group, bit) << bit);
+    }
+    if (offset == kDirection) {
+        direction_[group] = value & 0xFF;
+    } else if (offset < kDirection && offset % 4 == 0) {
+        const uint32_t mask = (offset >> 2) & 0xFF;
+        data_[group] = (data_[group] & ~mask) | (value & mask);
+    } else {
+        return;
+    }
+    notify_changes(group, before);
+}
+
+void SimSoc::notify_changes(int group, uint8_t before)
+{
+    for (int bit = 0; bit < 8; ++bit) {
+        const int now = level_locked(group, bit);
+        if (now == ((before >> bit) & 1)) {
+            continue;
+        }
+        std::map<int, std::vector<PinListener> >::iterator it = listeners_.find(group * 8 + bit);
+        if (it == listeners_.end()) {
+            continue;
+        }
+        for (size_t i = 0; i < it->second.size(); ++i) {
+            it->second[i](group, bit, now);
+        }
+    }
+}
+
+void SimSoc::set_input_level(int group, int bit, int level)
+{
+    std::lock_guard<std::recursive_mutex> lock(mutex_);
+    uint8_t before = 0;
+    for (int b = 0; b < 8; ++b) {
+        before |= static_cast<uint8_t>(level_locked(group, b) << b);
+    }
+    if (level != 0) {
+        input_[group] |= 1u << bit;
+    } else {
+        input_[group] &= ~(1u << bit);
+    }
+    notify_changes(group, before);
+}
+
+bool SimSoc::is_output(int group, int bit)
+{
+    std::lock_guard<std::recursive_mutex> lock(mutex_);
+    return (direction_[group] & (1u << bit)) != 0;
+}
+
+int SimSoc::level(int group, int bit)
+{
+    std::lock_guard<std::recursive_mutex> lock(mutex_);
+    return level_locked(group, bit);
+}
+
+uint32_t SimSoc::mux_value(uint32_t offset)
+{
+    std::lock_guard<std::recursive_mutex> lock(mutex_);
+    std::map<uint32_t, uint32_t>::const_iterator it = mux_.find(offset);
+    return it == mux_.end() ? 0 : it->second;
+}
+
+void SimSoc::watch(int group, int bit, PinListener listener)
+{
+    std::lock_guard<std::recursive_mutex> lock(mutex_);
+    listeners_[group * 8 + bit].push_back(listener);
+}
+
+void SimSoc::trace_to(FILE* file)
+{
+    std::lock_guard<std::recursive_mutex> lock(mutex_);
+    trace_ = file;
+}
+
+void SimSoc::on_change(std::function<void()> callback)
+{
+    std::lock_guard<std::recursive_mutex> lock(mutex_);
+    change_callbacks_.push_back(callback);
+}
+
+uint64_t SimSoc::stores()
+{
+    std::lock_guard<std::recursive_mutex> lock(mutex_);
+    return stores_;
+}
+
+unsigned int register_load(unsigned int phys_addr)
+{
+    return SimSoc::instance().load(phys_addr);
+}
+
+void register_store(unsigned int phys_addr, unsigned int value)
+{
+    SimSoc::instance().store(phys_addr, value);
+}

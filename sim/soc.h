@@ -1,0 +1,66 @@
+#ifndef OLED_SIM_SOC_H
+#define OLED_SIM_SOC_H
+
+#include <stdint.h>
+#include <stdio.h>
+
+#include <functional>
+#include <map>
+#include <mutex>
+#include <vector>
+
+// The simulated SoC: the pin-multiplexing block and 25 GPIO groups of 8
+// pins, each with a direction register (+0x400) and an address-masked data
+// register (a write to base + (mask << 2) changes only the bits in mask; a
+// read there returns data & mask). Devices wired to pins hear every level
+// change of those pins, never the driver's calls.
+class SimSoc {
+public:
+    // (group, bit, new level) of a pin whose level changed.
+    typedef std::function<void(int group, int bit, int level)> PinListener;
+
+    static SimSoc& instance();
+
+    uint32_t load(uint32_t addr);
+    void store(uint32_t addr, uint32_t value);
+
+    // Level an input pin reads (a switch, a button).
+    void set_input_level(int group, int bit, int level);
+    bool is_output(int group, int bit);
+    // Level of a pin: its data bit while an output, its input level else.
+    int level(int group, int bit);
+    // Value last written to a pad register of the multiplexing block.
+    uint32_t mux_value(uint32_t offset);
+
+    // Calls listener on every level change of pin (group, bit). Listeners
+    // run with the SoC locked, in the order of the writes.
+    void watch(int group, int bit, PinListener listener);
+    // Every register write, for --trace: "ADDR VALUE" in hexadecimal.
+    void trace_to(FILE* file);
+    // Called after every store (with the SoC unlocked), e.g. to schedule
+    // output files.
+    void on_change(std::function<void()> callback);
+    // Register and store counts since the last reset (benchmarks, tests).
+    uint64_t stores();
+
+    // Back to power-on: registers zero, inputs low, no devices.
+    void reset();
+
+private:
+    SimSoc();
+    int level_locked(int group, int bit) const;
+    void store_gpio(int group, uint32_t offset, uint32_t value);
+    void notify_changes(int group, uint8_t before);
+
+    std::recursive_mutex mutex_;
+    uint32_t data_[25];
+    uint32_t direction_[25];
+    uint32_t input_[25];
+    std::map<uint32_t, uint32_t> mux_;
+    std::map<int, std::vector<PinListener> > listeners_;  // key group * 8 + bit
+    std::vector<std::function<void()> > change_callbacks_;
+    FILE* trace_;
+    uint64_t stores_;
+};
+
+#endif
