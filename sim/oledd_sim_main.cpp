@@ -12,9 +12,15 @@
 #include <string>
 
 #include "box_root.h"
+#include "output_files.h"
 #include "startup.h"
 
 namespace {
+
+void write_outputs_at_exit()
+{
+    OutputFiles::instance().stop();
+}
 
 void usage(FILE* to)
 {
@@ -93,5 +99,13 @@ int main(int argc, char** argv)
 
     // Whoever watches the simulated box reads its output live.
     setvbuf(stdout, nullptr, _IOLBF, 0);
+
+    // The daemon ends through exit() from its signal handler; the output
+    // files are written one last time then.
+    if (!out.empty()) {
+        OutputFiles::instance().set_folder(out);
+        OutputFiles::instance().start();
+        atexit(write_outputs_at_exit);
+    }
     return oled_main();
 }
