@@ -24,7 +24,8 @@ public:
     void set_folder(const std::string& folder);
     const std::string& folder() const { return folder_; }
     // Registers a file; render() is called on the writer thread and must
-    // lock whatever state it reads. Returns the id for mark_dirty.
+    // lock whatever state it reads. Returns the id for mark_dirty. Every
+    // file is registered before start().
     int add(const std::string& name, Renderer render);
     // Cheap and lock-free: callable from SoC listeners.
     void mark_dirty(int id);
