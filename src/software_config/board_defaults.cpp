@@ -45,10 +45,10 @@ const SwitchRow kSwitchRows[] = {
 
 const char* const kSecondInputBoards[] = {"BRD20", "BRD21", "BRD04", "BRD09", "BRD32", "BRD10", "BRD02", nullptr};
 
-bool board_in(const char* const* boards)
+bool board_in(const char* board, const char* const* boards)
 {
     for (; *boards != nullptr; ++boards) {
-        if (strcmp(hw_info, *boards) == 0) {
+        if (strcmp(board, *boards) == 0) {
             return true;
         }
     }
@@ -57,27 +57,32 @@ bool board_in(const char* const* boards)
 
 }  // namespace
 
-const SmallPanelPins& small_panel_pins_for_board()
+const SmallPanelPins& small_panel_pins_for_board(const char* board)
 {
     for (const SmallPanelRow& row : kSmallPanelRows) {
-        if (board_in(row.boards)) {
+        if (board_in(board, row.boards)) {
             return row.pins;
         }
     }
     return kOtherBoardPins;
 }
 
-const char* switch_pin_for_board()
+const char* switch_pin_for_board(const char* board)
 {
     for (const SwitchRow& row : kSwitchRows) {
-        if (board_in(row.boards)) {
+        if (board_in(board, row.boards)) {
             return row.pin;
         }
     }
     return "0";
 }
 
+bool board_has_second_input(const char* board)
+{
+    return board_in(board, kSecondInputBoards);
+}
+
 bool board_has_second_input()
 {
-    return board_in(kSecondInputBoards);
+    return board_has_second_input(hw_info);
 }

@@ -9,10 +9,11 @@ struct SmallPanelPins {
     const char* gnd;
 };
 
-const SmallPanelPins& small_panel_pins_for_board();
-const char* switch_pin_for_board();
+const SmallPanelPins& small_panel_pins_for_board(const char* board);
+const char* switch_pin_for_board(const char* board);
 
-// Boards with a second video input (vi1).
+// Boards with a second video input (vi1); the running box's is hw_info.
+bool board_has_second_input(const char* board);
 bool board_has_second_input();
 
 #endif

@@ -10,6 +10,7 @@
 #include "board_defaults.h"
 #include "durable_file.h"
 #include "path_on_box.h"
+#include "runtime_settings.h"
 #include "trace.h"
 
 char filepath_[36];
@@ -41,25 +42,11 @@ const KeyDefault kKeys[SoftwareConfig::kConfigCount] = {
 // settings file and is not read.
 const long kMaxFileSize = 1 << 20;
 
-// Lines of the file: split at LF; a CR right before an LF goes with it, and
-// so does a CR at the very end of the file. Other CRs stay in their line.
-std::vector<std::string> read_lines(const char* path)
+// Lines of a settings text: split at LF; a CR right before an LF goes with
+// it, and so does a CR at the very end of the text. Other CRs stay.
+std::vector<std::string> split_lines(const std::string& content)
 {
     std::vector<std::string> lines;
-    FILE* f = fopen(path_on_box(path).c_str(), "rb");
-    if (f == nullptr) {
-        return lines;
-    }
-    std::string content;
-    if (fseek(f, 0, SEEK_END) == 0) {
-        long size = ftell(f);
-        if (size > 0) {
-            rewind(f);
-            content.resize(static_cast<size_t>(size < kMaxFileSize ? size : kMaxFileSize));
-            content.resize(fread(&content[0], 1, content.size(), f));
-        }
-    }
-    fclose(f);
     std::string::size_type pos = 0;
     while (pos < content.size()) {
         std::string::size_type lf = content.find('\n', pos);
@@ -79,6 +66,25 @@ std::vector<std::string> read_lines(const char* path)
     return lines;
 }
 
+std::string read_file(const char* path)
+{
+    std::string content;
+    FILE* f = fopen(path_on_box(path).c_str(), "rb");
+    if (f == nullptr) {
+        return content;
+    }
+    if (fseek(f, 0, SEEK_END) == 0) {
+        long size = ftell(f);
+        if (size > 0) {
+            rewind(f);
+            content.resize(static_cast<size_t>(size < kMaxFileSize ? size : kMaxFileSize));
+            content.resize(fread(&content[0], 1, content.size(), f));
+        }
+    }
+    fclose(f);
+    return content;
+}
+
 }  // namespace
 
 SoftwareConfig::SoftwareConfig()
@@ -96,19 +102,7 @@ SoftwareConfig::SoftwareConfig()
         snprintf(filepath_, sizeof(filepath_), "%s/%s", folder, "oled.ini");
     }
 
-    values.resize(kConfigCount);
-    for (int id = 0; id < kConfigCount; ++id) {
-        if (kKeys[id].value != nullptr) {
-            values[id] = kKeys[id].value;
-        }
-    }
-    const SmallPanelPins& pins = small_panel_pins_for_board();
-    values[OLed_sml_SDINMUX] = pins.sdin;
-    values[OLed_sml_SCLKMUX] = pins.sclk;
-    values[OLed_sml_VCCMUX] = pins.vcc;
-    values[OLed_sml_GNDMUX] = pins.gnd;
-    values[kSwitch_gpio] = switch_pin_for_board();
-
+    values = DefaultValues(hw_info);
     for (int id = 0; id < kConfigCount; ++id) {
         snprintf(keys[id], sizeof(keys[id]), "%s=", kKeys[id].name);
     }
@@ -118,6 +112,48 @@ SoftwareConfig::~SoftwareConfig()
 {
     trace_prefix("~SoftwareConfig", 216);
     puts("SoftwareConfig Normal Exit!");
+}
+
+std::vector<std::string> SoftwareConfig::DefaultValues(const char* board)
+{
+    std::vector<std::string> defaults(kConfigCount);
+    for (int id = 0; id < kConfigCount; ++id) {
+        if (kKeys[id].value != nullptr) {
+            defaults[id] = kKeys[id].value;
+        }
+    }
+    const SmallPanelPins& pins = small_panel_pins_for_board(board);
+    defaults[OLed_sml_SDINMUX] = pins.sdin;
+    defaults[OLed_sml_SCLKMUX] = pins.sclk;
+    defaults[OLed_sml_VCCMUX] = pins.vcc;
+    defaults[OLed_sml_GNDMUX] = pins.gnd;
+    defaults[kSwitch_gpio] = switch_pin_for_board(board);
+    return defaults;
+}
+
+void SoftwareConfig::ApplySettingsText(const std::string& text, std::vector<std::string>& values)
+{
+    const std::vector<std::string> lines = split_lines(text);
+    for (int id = 0; id < kConfigCount && static_cast<size_t>(id) < values.size(); ++id) {
+        const std::string key = std::string(kKeys[id].name) + "=";
+        for (size_t i = 0; i < lines.size(); ++i) {
+            const std::string& line = lines[i];
+            if (!line.empty() && (line[0] == ';' || line[0] == '!' || line[0] == '#')) {
+                continue;
+            }
+            std::string::size_type at = line.find(key);
+            if (at == std::string::npos) {
+                continue;
+            }
+            // The first line with the key decides; an empty value keeps
+            // what was there.
+            std::string value = line.substr(at + key.size());
+            if (!value.empty()) {
+                values[id] = value;
+            }
+            break;
+        }
+    }
 }
 
 const char* SoftwareConfig::KeyName(int id)
@@ -151,24 +187,7 @@ bool SoftwareConfig::ReadConfig()
 {
     trace_prefix("ReadConfig", 221);
     printf("read_config: %s\n", filepath_);
-    const std::vector<std::string> lines = read_lines(filepath_);
-    for (int id = 0; id < kConfigCount; ++id) {
-        for (size_t i = 0; i < lines.size(); ++i) {
-            const std::string& line = lines[i];
-            if (!line.empty() && (line[0] == ';' || line[0] == '!' || line[0] == '#')) {
-                continue;
-            }
-            std::string::size_type at = line.find(keys[id]);
-            if (at == std::string::npos) {
-                continue;
-            }
-            std::string value = line.substr(at + strlen(keys[id]));
-            if (!value.empty()) {
-                values[id] = value;
-            }
-            break;
-        }
-    }
+    ApplySettingsText(read_file(filepath_), values);
     return true;
 }
 

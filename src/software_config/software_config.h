@@ -71,6 +71,13 @@ public:
     // Key name without "=" (nullptr above 37).
     static const char* KeyName(int id);
 
+    // Side-effect-free pieces of the store, for tools that must know a
+    // box's settings without being its daemon (the simulator):
+    // the 38 defaults for a board, and the reader's line rules applied to
+    // the text of a settings file.
+    static std::vector<std::string> DefaultValues(const char* board);
+    static void ApplySettingsText(const std::string& text, std::vector<std::string>& values);
+
 private:
     std::vector<std::string> values;
     char keys[kConfigCount][56];
