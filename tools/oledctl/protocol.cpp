@@ -2,6 +2,7 @@
 
 #include <arpa/inet.h>
 
+#include <climits>
 #include <cstdlib>
 
 namespace protocol {
@@ -24,12 +25,13 @@ bool all_digits(const std::string& text) {
     return true;
 }
 
-// Decimal text into value; false for anything else or beyond ten digits.
+// Decimal text into value; false for anything else.
 bool read_integer(const std::string& text, long& value) {
     const bool negative = !text.empty() && text[0] == '-';
     const std::string digits = negative ? text.substr(1) : text;
-    if (!all_digits(digits) || digits.size() > 10) return false;
-    value = std::strtol(text.c_str(), nullptr, 10);
+    if (!all_digits(digits)) return false;
+    // Too long for any range: keep the sign, so the range check speaks.
+    value = digits.size() > 10 ? (negative ? LONG_MIN : LONG_MAX) : std::strtol(text.c_str(), nullptr, 10);
     return true;
 }
 

@@ -34,17 +34,25 @@ const std::string* find(const protocol::Settings& settings, const std::string& k
     return nullptr;
 }
 
-// The box reads a flag as on when its number is not zero.
+// A number as the box reads it: a leading decimal number, -1 for text
+// that does not start with one.
+long box_number(const std::string& text) {
+    const std::size_t digit = !text.empty() && text[0] == '-' ? 1 : 0;
+    if (digit >= text.size() || text[digit] < '0' || text[digit] > '9') return -1;
+    return std::strtol(text.c_str(), nullptr, 10);
+}
+
+// The box takes a flag as on when its number is not zero.
 bool flag(const protocol::Settings& settings, const std::string& key) {
     const std::string* value = find(settings, key);
-    return value != nullptr && std::atoi(value->c_str()) != 0;
+    return value != nullptr && box_number(*value) != 0;
 }
 
 std::string panel_name(const std::string& type) {
     static const char* const names[] = {"big", "old-small", "none", "small-0.96-4wire", "small-0.96", "small-1.29",
                                         "small-1.29-4wire"};
-    const int number = std::atoi(type.c_str());
-    if (number >= 0 && number <= 6 && !type.empty()) return names[number];
+    const long number = box_number(type);
+    if (number >= 0 && number <= 6) return names[number];
     return "type-" + type;
 }
 
