@@ -35,7 +35,7 @@ void set_mode_switch(const BoxSettings& box, int level);
 
 // oledd-sim's wiring: the mode switch at switch_level and, when the output
 // folder is set, leds.json rewritten whenever a register store changes it.
-// Call before OutputFiles::start().
+// Once per process, before OutputFiles::start().
 void wire_led_board(const BoxSettings& box, int switch_level);
 
 #endif

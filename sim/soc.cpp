@@ -25,6 +25,8 @@ int group_of(uint32_t addr, uint32_t* offset)
 
 }  // namespace
 
+const int SimSoc::kMaxChangeCallbacks;
+
 SimSoc& SimSoc::instance()
 {
     static SimSoc soc;
