@@ -6,7 +6,7 @@
 
 #include "soc.h"
 
-RegisterTrace::RegisterTrace() : buffer_(nullptr), size_(0), stream_(open_memstream(&buffer_, &size_)), start_(0)
+RegisterTrace::RegisterTrace() : stream_(open_memstream(&buffer_, &size_))
 {
     SimSoc::instance().reset();
     SimSoc::instance().trace_to(stream_);
@@ -24,8 +24,7 @@ std::vector<std::string> RegisterTrace::lines()
     fflush(stream_);
     std::istringstream in(std::string(buffer_ + start_, size_ - start_));
     std::vector<std::string> out;
-    std::string line;
-    while (std::getline(in, line)) {
+    for (std::string line; std::getline(in, line);) {
         out.push_back(line);
     }
     return out;

@@ -7,24 +7,19 @@
 #include <vector>
 
 // Resets the simulated SoC to power-on and records every register write
-// from then on, as the SoC's trace lines "ADDR VALUE" (hexadecimal).
+// from then on as the SoC's trace lines "ADDR VALUE" (hexadecimal).
 class RegisterTrace {
 public:
     RegisterTrace();
     ~RegisterTrace();
-    RegisterTrace(const RegisterTrace&) = delete;
-    RegisterTrace& operator=(const RegisterTrace&) = delete;
-
-    // Every write so far, in order.
-    std::vector<std::string> lines();
-    // Forgets the writes so far.
+    std::vector<std::string> lines();  // since construction or clear()
     void clear();
 
 private:
-    char* buffer_;
-    size_t size_;
+    char* buffer_ = nullptr;
+    size_t size_ = 0;
+    size_t start_ = 0;
     FILE* stream_;
-    size_t start_;
 };
 
 #endif
