@@ -52,3 +52,12 @@ TEST(ProbeModes, InProcessOnlyTheToolsSpawn)
         set_probe_input(ProbeInput::in_process);
     }
 }
+
+TEST(ProbeModes, BuildOptionChoosesTheDefault)
+{
+#ifdef OLEDD_LITERAL_SHELL
+    EXPECT_EQ(probe_input(), ProbeInput::literal_shell);
+#else
+    EXPECT_EQ(probe_input(), ProbeInput::in_process);
+#endif
+}
