@@ -7,7 +7,6 @@
 
 #include "line_source.h"
 #include "probe_scene.h"
-#include "shell_launch.h"
 
 namespace {
 
@@ -86,21 +85,6 @@ TEST(LineSource, SelectsWholeLinesAndEndsTheLastOneLikeGrepAndAwk)
                  "the end", "\n"}));
     EXPECT_EQ(pieces("cat /data/mixed.txt", 1024).back(), "HotPlug and kSet and kChn0_M_VENC_Type at the end");
     EXPECT_EQ(pieces("cat /data/absent.txt", 1024), V{});
-}
-
-TEST(LineSource, SpawnsOnlyForRealToolsInProcessAndForEveryCommandLiterally)
-{
-    ProbeScene scene("good");
-    const unsigned long before = shells_launched();
-    pieces("cat /proc/umap/vo", 1024);
-    pieces("cat /data/remserial.ini | grep kSet", 1024);
-    EXPECT_EQ(shells_launched(), before);
-    EXPECT_EQ(pieces("iostat -c", 1024).size(), 5u);
-    EXPECT_EQ(pieces("cat /proc/umap/v? | grep -w Y", 1024).size(), 3u) << "a glob goes to the shell";
-    EXPECT_EQ(shells_launched(), before + 2);
-    set_probe_input(ProbeInput::literal_shell);
-    pieces("cat /proc/umap/vo", 1024);
-    EXPECT_EQ(shells_launched(), before + 3);
 }
 
 TEST(LineSource, LeavesNoDescriptorOpenAndReportsWhenNoneIsLeft)

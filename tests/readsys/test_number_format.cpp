@@ -37,28 +37,9 @@ TEST(NumberFormat, ReadsTheNumberAtTheFrontAfterWhiteSpace)
     EXPECT_FLOAT_EQ(::stof("x1"), 0.0f);
 }
 
-namespace {
-
-std::string throws_out_of_range()
-{
-    return std::string("ab").substr(3);
-}
-
-std::string throws_anything()
-{
-    throw 7;
-}
-
-std::string answers()
-{
-    return "VO:_;";
-}
-
-}  // namespace
-
 TEST(ProbeText, TurnsAThrowingProbeIntoAnEmptyText)
 {
-    EXPECT_EQ(probe_text(throws_out_of_range), "");
-    EXPECT_EQ(probe_text(throws_anything), "");
-    EXPECT_EQ(probe_text(answers), "VO:_;");
+    EXPECT_EQ(probe_text([]() { return std::string("ab").substr(3); }), "");
+    EXPECT_EQ(probe_text([]() -> std::string { throw 7; }), "");
+    EXPECT_EQ(probe_text([]() { return std::string("VO:_;"); }), "VO:_;");
 }
