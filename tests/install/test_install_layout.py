@@ -50,37 +50,20 @@ class InstallLayout(unittest.TestCase):
         self.assertEqual(self.files, expected)
 
     def test_daemon_is_built_for_the_target(self):
-        daemon = self.path("/home/public/oledd")
-        self.assertTrue(os.access(daemon, os.X_OK))
-        header = elf_header(daemon)
-        if MACHINE == "arm32":
-            self.assertEqual(header, (1, EM_ARM))
-        else:
-            self.assertEqual(header, elf_header(sys.executable))
+        header = elf_header(self.path("/home/public/oledd"))
+        self.assertEqual(header, (1, EM_ARM) if MACHINE == "arm32" else elf_header(sys.executable))
+        self.assertTrue(os.access(self.path("/home/public/oledd"), os.X_OK))
 
-    def test_init_script_runs_the_daemon_from_its_folder(self):
+    def test_init_script_and_unit_run_the_daemon_from_its_folder(self):
         script = self.path("/etc/init.d/S90oledd")
         self.assertTrue(os.access(script, os.X_OK))
         self.assertEqual(subprocess.run(["sh", "-n", script]).returncode, 0)
         text = open(script).read()
-        self.assertTrue(text.startswith("#!/bin/sh\n"))
         self.assertIn('DIR="${OLEDD_DIR:-/home/public}"', text)
-        self.assertIn('DAEMON="${OLEDD_DAEMON:-$DIR/oledd}"', text)
         self.assertNotIn("@", text)
-
-    def test_systemd_unit_restarts_the_daemon_in_its_folder(self):
-        lines = open(self.path("/lib/systemd/system/oledd.service")).read().splitlines()
-        for line in ("WorkingDirectory=/home/public", "ExecStart=/home/public/oledd", "Restart=always",
-                     "WantedBy=multi-user.target"):
-            self.assertIn(line, lines)
-
-    def test_tools_run_when_built(self):
-        if not HOST_TOOLS:
-            self.skipTest("tools are not part of this build")
-        for tool in ("oledctl", "oled-logo"):
-            result = subprocess.run([self.path("/usr/bin/" + tool), "--help"], stdout=subprocess.PIPE, text=True)
-            self.assertEqual(result.returncode, 0)
-            self.assertIn("usage: " + tool, result.stdout)
+        unit = open(self.path("/lib/systemd/system/oledd.service")).read().splitlines()
+        for line in ("WorkingDirectory=/home/public", "ExecStart=/home/public/oledd", "Restart=always"):
+            self.assertIn(line, unit)
 
 
 if __name__ == "__main__":
