@@ -32,8 +32,11 @@ std::string UdpClient::open() {
     fd_ = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     if (fd_ < 0) return system_error("socket");
     int size = kSocketBuffer;
-    // Best effort: the kernel caps it at rmem_max; a smaller buffer still works.
-    ::setsockopt(fd_, SOL_SOCKET, SO_RCVBUF, &size, sizeof size);
+    // Past the system's cap when allowed (root), else as much as the cap
+    // grants; a smaller buffer still works for a few dozen boxes.
+    if (::setsockopt(fd_, SOL_SOCKET, SO_RCVBUFFORCE, &size, sizeof size) != 0) {
+        ::setsockopt(fd_, SOL_SOCKET, SO_RCVBUF, &size, sizeof size);
+    }
     unsigned char ttl = 1;  // the group is meant for the local segment only
     ::setsockopt(fd_, IPPROTO_IP, IP_MULTICAST_TTL, &ttl, sizeof ttl);
     sockaddr_in local{};
