@@ -12,7 +12,9 @@
 #include <string>
 
 #include "box_root.h"
+#include "box_settings.h"
 #include "output_files.h"
+#include "panel_outputs.h"
 #include "startup.h"
 
 namespace {
@@ -99,6 +101,9 @@ int main(int argc, char** argv)
 
     // Whoever watches the simulated box reads its output live.
     setvbuf(stdout, nullptr, _IOLBF, 0);
+
+    // Devices are wired from the settings the daemon is about to read.
+    wire_panel_outputs(read_box_settings());
 
     // The daemon ends through exit() from its signal handler; the output
     // files are written one last time then.
