@@ -62,6 +62,11 @@ void draw(Face& f, unsigned long c, Cell& cell, int pen_x, int baseline_row)
     }
     const FT_GlyphSlot slot = f.face->glyph;
     const FT_Bitmap& bitmap = slot->bitmap;
+    // Ink that would fall below the cell (an underscore in a small cell)
+    // is raised into it rather than cut.
+    const int top = baseline_row + 1 - slot->bitmap_top;
+    const int overflow = top + static_cast<int>(bitmap.rows) - cell.height;
+    const int raise = overflow > 0 ? (overflow < top ? overflow : top) : 0;
     for (unsigned int row = 0; row < bitmap.rows; ++row) {
         for (unsigned int col = 0; col < bitmap.width; ++col) {
             const unsigned char* line = bitmap.buffer + static_cast<long>(row) * bitmap.pitch;
@@ -72,7 +77,7 @@ void draw(Face& f, unsigned long c, Cell& cell, int pen_x, int baseline_row)
                 value = line[col];
             }
             const int x = pen_x + slot->bitmap_left + static_cast<int>(col);
-            const int y = baseline_row + 1 - slot->bitmap_top + static_cast<int>(row);
+            const int y = top - raise + static_cast<int>(row);
             if (x >= 0 && x < cell.width && y >= 0 && y < cell.height) {
                 cell.at(x, y) = value;
             }
