@@ -18,8 +18,7 @@ int png_scale(const PanelController& panel)
 
 void wire_panel_outputs(const BoxSettings& box)
 {
-    const std::string kind = box.get(SoftwareConfig::OLed_a_kind_start);
-    const PanelWiring* wiring = panel_wiring_for(str2int(kind));
+    const PanelWiring* wiring = panel_wiring_for(str2int(box.get(SoftwareConfig::OLed_a_kind_start)));
     OutputFiles& files = OutputFiles::instance();
     // The files are registered once the panel is wired; until then the
     // tap marks nothing (id -1).
@@ -30,9 +29,11 @@ void wire_panel_outputs(const BoxSettings& box)
             OutputFiles::instance().mark_dirty(*first_id + 1);
         }
     });
-    if (wiring == nullptr || panel == nullptr) {
-        fprintf(stderr, "oledd-sim: no panel (OLed_a_kind_start=%s%s)\n", kind.c_str(),
-                wiring == nullptr ? "" : ", a pin of the panel is not set");
+    if (wiring == nullptr) {
+        return;  // a box without a screen
+    }
+    if (panel == nullptr) {
+        fprintf(stderr, "oledd-sim: no %s wired: a pin of the panel is not set\n", wiring->name);
         return;
     }
     const PanelColour colour = wiring->colour;
@@ -41,5 +42,4 @@ void wire_panel_outputs(const BoxSettings& box)
     *first_id = pgm_id;
     files.mark_dirty(pgm_id);
     files.mark_dirty(pgm_id + 1);
-    fprintf(stderr, "oledd-sim: panel %s (OLed_a_kind_start=%s)\n", wiring->name, kind.c_str());
 }

@@ -4,8 +4,8 @@
 #include "box_settings.h"
 
 // Wires the box's panel onto the simulated SoC and keeps panel.pgm and
-// panel.png in the output folder up to date. Prints one line naming the
-// panel, or why there is none. Call before OutputFiles starts.
+// panel.png in the output folder up to date. Says on stderr when the
+// panel's pins are not all named. Call before OutputFiles starts.
 void wire_panel_outputs(const BoxSettings& box);
 
 #endif
