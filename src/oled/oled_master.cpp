@@ -42,7 +42,8 @@ void OLEDMaster::SetSmallOLEDAddr(unsigned char x, unsigned char y)
     send_command(x & 0x0F);
 }
 
-// Kept for older panels that mount the glass five pages down; not called.
+// The older positioning: page shifted by five and wrapped, low column
+// nibble first. Kept as it was; nothing calls it.
 void OLEDMaster::SetOLEDAddr(unsigned char x, unsigned char y)
 {
     send_command(static_cast<unsigned char>(0xB0 + ((y + 5) & 7)));
@@ -111,7 +112,7 @@ int OLEDMaster::large_glyph_page(unsigned char c, bool lower, unsigned char* col
         return 0;
     }
     memset(columns, 0, kLargeWidth);
-    // A colon is drawn blank on purpose: the status lines align on it.
+    // A colon stays blank on both pages: the system has always drawn it so.
     if (c == '!') {
         columns[1] = lower ? 0x90 : 0xFF;
     } else if (lower && c == '.') {
