@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "board_identity.h"
+#include "pin_setup.h"
 #include "runtime_settings.h"
 #include "singleton.h"
 #include "software_config.h"
@@ -39,6 +40,7 @@ int oled_main()
     config->SaveConfig();
 
     init_argumnt();
+    oled_gpio_init();
 
     // The control server takes this place; until then wait for a signal.
     for (;;) {
