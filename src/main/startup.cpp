@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "board_identity.h"
+#include "control_server.h"
 #include "runtime_settings.h"
 #include "singleton.h"
 #include "software_config.h"
@@ -40,10 +41,8 @@ int oled_main()
 
     init_argumnt();
 
-    // The control server takes this place; until then wait for a signal.
-    for (;;) {
-        pause();
-    }
+    // The port is fixed: the stored port keys do not choose it.
+    oled_ump(16124);
     config.reset();
     return 0;
 }
