@@ -1,7 +1,8 @@
 #!/bin/bash
 # Builds everything and runs every test: the host build, the same tests
 # under AddressSanitizer and UndefinedBehaviorSanitizer, and the daemon's
-# unit tests cross-built for 32-bit ARM and run under qemu-arm.
+# unit tests cross-built for 32-bit ARM and run under qemu-arm, and a short
+# run of every fuzz target.
 # Installs what it needs first (Debian packages; run as root or with sudo).
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -26,5 +27,8 @@ cmake -S . -B build-arm -DCMAKE_TOOLCHAIN_FILE=cmake/arm-linux-gnueabihf.cmake \
       -DCMAKE_BUILD_TYPE=RelWithDebInfo -DOLEDD_HOST_TOOLS=OFF > /dev/null
 cmake --build build-arm -j"$jobs"
 (cd build-arm && ctest --output-on-failure -j"$jobs")
+
+step "fuzz targets, a short run each"
+bash scripts/fuzz.sh 15
 
 step "all tests passed"
