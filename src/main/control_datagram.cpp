@@ -76,6 +76,13 @@ const size_t kReplyMax = 65507;
 
 const char kSettingsFile[] = "/data/oled.ini";
 
+// A stored text is one line of the settings file: it ends at a line break
+// (a tool's trailing newline, or a line that would forge another key).
+std::string one_line(const std::string& value)
+{
+    return value.substr(0, value.find_first_of("\r\n"));
+}
+
 const Command* find_command(const std::string& key)
 {
     for (size_t i = 0; i < sizeof(kCommands) / sizeof(kCommands[0]); ++i) {
@@ -147,11 +154,11 @@ void carry_out(const Command& command, const std::string& value, Datagram& datag
         }
         break;
     case kStoreText:
-        config.SetConfig(id, value);
+        config.SetConfig(id, one_line(value));
         break;
     case kCustomText:
-        config.SetConfig(id, value);
-        strncpy(oled_data, value.c_str(), kCustomTextBytes);
+        config.SetConfig(id, one_line(value));
+        strncpy(oled_data, one_line(value).c_str(), kCustomTextBytes);
         // A 21-byte value is not terminated by the copy; the screens read
         // the line as a C string, so the byte after it stays a terminator.
         oled_data[kCustomTextBytes] = '\0';

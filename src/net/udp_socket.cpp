@@ -1,6 +1,7 @@
 #include "udp_socket.h"
 
 #include <arpa/inet.h>
+#include <errno.h>
 #include <fcntl.h>
 #include <limits.h>
 #include <poll.h>
@@ -235,6 +236,11 @@ bool UDPSocket::EmptyRecvBuf()
 {
     // poll rather than select: a descriptor beyond FD_SETSIZE cannot
     // overrun a set. Each pass waits at most 1 ms.
+    if (sock_fd < 0) {
+        errno = EBADF;
+        perror("EmptyRecvBuf() select failed\n");
+        return false;
+    }
     for (;;) {
         pollfd waiting;
         waiting.fd = sock_fd;
