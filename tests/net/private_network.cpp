@@ -12,7 +12,11 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "private_network.h"
+
 namespace {
+
+bool g_private = false;
 
 class PrivateNetwork : public ::testing::Environment {
 public:
@@ -21,6 +25,7 @@ public:
         if (unshare(CLONE_NEWNET) != 0) {
             return;
         }
+        g_private = true;
         int sock = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
         ifreq req;
         memset(&req, 0, sizeof(req));
@@ -36,3 +41,8 @@ public:
 ::testing::Environment* const kPrivateNetwork = ::testing::AddGlobalTestEnvironment(new PrivateNetwork);
 
 }  // namespace
+
+bool in_private_network()
+{
+    return g_private;
+}
