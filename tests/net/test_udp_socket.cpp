@@ -1,11 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <arpa/inet.h>
-#include <dirent.h>
 #include <errno.h>
-#include <fcntl.h>
 #include <string.h>
-#include <unistd.h>
 
 #include <string>
 
@@ -22,30 +19,11 @@ unsigned int port_of(int fd)
     return ntohs(a.sin_port);
 }
 
-std::string address_of(int fd)
-{
-    sockaddr_in a;
-    socklen_t size = sizeof(a);
-    getsockname(fd, reinterpret_cast<sockaddr*>(&a), &size);
-    return inet_ntoa(a.sin_addr);
-}
-
-int open_descriptors()
-{
-    int count = 0;
-    DIR* dir = opendir("/proc/self/fd");
-    while (dir != nullptr && readdir(dir) != nullptr) {
-        ++count;
-    }
-    closedir(dir);
-    return count;
-}
-
-// Receives one datagram as text, waiting at most two seconds.
+// One datagram as text, waiting at most two seconds.
 std::string receive(UDPSocket& socket)
 {
     socket.SetTimeOut(2, 0);
-    char buf[2048];
+    char buf[256];
     const int n = socket.RecvFrom(buf, sizeof(buf));
     return n < 0 ? "<nothing>" : std::string(buf, static_cast<size_t>(n));
 }
@@ -57,10 +35,8 @@ TEST(UDPSocket, ServerAndClientTalkOverLoopback)
     UDPSocket server;
     const int server_fd = server.CreateUDPServer(0, false, true);
     ASSERT_GE(server_fd, 0);
-    const unsigned int port = port_of(server_fd);
-
     UDPSocket client;
-    const int client_fd = client.CreateUDPClient("127.0.0.1", port, false, true);
+    const int client_fd = client.CreateUDPClient("127.0.0.1", port_of(server_fd), false, true);
     ASSERT_GE(client_fd, 0);
     EXPECT_EQ(client.SendTo("hello", 5), 5);
     EXPECT_EQ(receive(server), "hello");
@@ -73,16 +49,10 @@ TEST(UDPSocket, ServerAndClientTalkOverLoopback)
                               std::to_string(server_fd) + "  \nmessage:back!\n");
     EXPECT_EQ(receive(client), "back!");
 
-    // An unconnected socket names its destination each time.
-    UDPSocket other;
+    UDPSocket other;  // not connected: names the destination each time
     ASSERT_GE(other.CreateUDPClient(nullptr, 0, false, false), 0);
-    EXPECT_EQ(other.SendTo("127.0.0.1", port, "via address", 11), 11);
+    EXPECT_EQ(other.SendTo("127.0.0.1", port_of(server_fd), "via address", 11), 11);
     EXPECT_EQ(receive(server), "via address");
-    // A client that is not connected sends to its peer with sendto.
-    UDPSocket peer;
-    ASSERT_GE(peer.CreateUDPClient("127.0.0.1", port, false, false), 0);
-    EXPECT_EQ(peer.SendTo("to peer", 7), 7);
-    EXPECT_EQ(receive(server), "to peer");
 }
 
 TEST(UDPSocket, SendingWithoutADestinationFails)
@@ -95,6 +65,13 @@ TEST(UDPSocket, SendingWithoutADestinationFails)
     EXPECT_EQ(socket.SendTo(nullptr, 9, "x", 1), -1);
     EXPECT_EQ(socket.SendTo("127.0.0.1", 9, nullptr, 1), -1);
     EXPECT_EQ(out.text(), "please intput client_ip and client_port\n");
+    // With the broadcast peer (no interface asked) the check passes and
+    // the system refuses port 0 instead.
+    CaptureStdout quiet;
+    EXPECT_TRUE(socket.AddBroadCast(nullptr));
+    EXPECT_EQ(socket.SendTo("x", 1), -1);
+    EXPECT_EQ(quiet.text(), "");
+    EXPECT_FALSE(socket.AddBroadCast("eth9"));
 }
 
 TEST(UDPSocket, MembershipRetriesAtOnceAndCountsDown)
@@ -102,7 +79,7 @@ TEST(UDPSocket, MembershipRetriesAtOnceAndCountsDown)
     UDPSocket socket;
     ASSERT_GE(socket.CreateUDPServer(0, false, true), 0);
     {
-        // No address on the interface: the attempt fails before joining.
+        // No address on the interface: each attempt fails before joining.
         CaptureStdout out;
         CaptureStdout err(STDERR_FILENO);
         EXPECT_FALSE(socket.AddMemberShip("224.168.1.1", "eth9", true, 0));
@@ -111,17 +88,13 @@ TEST(UDPSocket, MembershipRetriesAtOnceAndCountsDown)
         EXPECT_EQ(out.text(), "AddMemberShip 224.168.1.1 error, retry : 2AddMemberShip 224.168.1.1 error, retry : 1");
     }
     {
-        // Not a group address: every attempt reaches the join and fails there.
+        // Not a group: both attempts reach the join and fail there.
         CaptureStdout out;
         CaptureStdout err(STDERR_FILENO);
         EXPECT_FALSE(socket.AddMemberShip("10.0.0.1", nullptr, false, 1));
-        EXPECT_EQ(out.text(), "AddMemberShip 10.0.0.1 error, retry : 1");
-        const std::string errors = err.text();
-        EXPECT_EQ(errors.find("setsockopt():IP_ADD_MEMBERSHIP: "), 0u) << errors;
-        EXPECT_NE(errors.find("setsockopt():IP_ADD_MEMBERSHIP: ", 1), std::string::npos) << errors;
+        const std::string line = std::string("setsockopt():IP_ADD_MEMBERSHIP: ") + strerror(EINVAL) + "\n";
+        EXPECT_EQ(err.text(), line + line);
     }
-    // The loopback interface has an address: joining there works, and the
-    // membership can be left once.
     EXPECT_TRUE(socket.AddMemberShip("224.168.1.1", "lo", true, 0));
     EXPECT_TRUE(socket.DropMemberShip());
     CaptureStdout err(STDERR_FILENO);
@@ -129,44 +102,11 @@ TEST(UDPSocket, MembershipRetriesAtOnceAndCountsDown)
     EXPECT_EQ(err.text().find("setsockopt():IP_DROP_MEMBERSHIP: "), 0u);
 }
 
-TEST(UDPSocket, BroadcastAndLocalAddress)
-{
-    UDPSocket socket;
-    ASSERT_GE(socket.CreateUDPClient(nullptr, 0, false, false), 0);
-    CaptureStdout out;
-    EXPECT_FALSE(socket.AddBroadCast("eth9"));
-    EXPECT_TRUE(socket.AddBroadCast(nullptr));
-    // The peer is now known (all ones, port 0): the send is refused by the
-    // system, not by the missing-destination check.
-    EXPECT_EQ(socket.SendTo("x", 1), -1);
-    EXPECT_EQ(out.text(), "");
-    int on = 0;
-    socklen_t size = sizeof(on);
-    UDPSocket probe;
-    const int fd = probe.CreateUDPClient(nullptr, 0, false, false);
-    ASSERT_TRUE(probe.AddBroadCast(nullptr));
-    getsockopt(fd, SOL_SOCKET, SO_BROADCAST, &on, &size);
-    EXPECT_EQ(on, 1);
-
-    EXPECT_TRUE(probe.BindLocalAddr("lo", 0, true));
-    EXPECT_EQ(address_of(fd), "127.0.0.1");
-    EXPECT_NE(port_of(fd), 0u);
-    UDPSocket unbound;
-    unbound.CreateUDPClient(nullptr, 0, false, false);
-    EXPECT_FALSE(unbound.BindLocalAddr("eth9", 0, false));
-    EXPECT_FALSE(unbound.BindLocalAddr(nullptr, 0, false));
-}
-
 TEST(UDPSocket, EmptyRecvBufDrainsTheQueueAndKeepsTheLastSender)
 {
     UDPSocket server;
     const int fd = server.CreateUDPServer(0, true, false);
     ASSERT_GE(fd, 0);
-    EXPECT_TRUE(fcntl(fd, F_GETFL) & O_NONBLOCK);
-    char buf[16];
-    EXPECT_EQ(server.RecvFrom(buf, sizeof(buf)), -1);
-    EXPECT_EQ(errno, EAGAIN);
-
     EXPECT_TRUE(server.EmptyRecvBuf());  // idle: one short wait
     UDPSocket client;
     ASSERT_GE(client.CreateUDPClient("127.0.0.1", port_of(fd), false, true), 0);
@@ -174,86 +114,32 @@ TEST(UDPSocket, EmptyRecvBufDrainsTheQueueAndKeepsTheLastSender)
         client.SendTo("queued", 6);
     }
     EXPECT_TRUE(server.EmptyRecvBuf());
-    EXPECT_EQ(server.RecvFrom(buf, sizeof(buf)), -1);
-    // The drained datagrams told who sent them.
-    EXPECT_EQ(server.EchoTo("ok", 2, false), 2);
+    char buf[16];
+    EXPECT_EQ(server.RecvFrom(buf, sizeof(buf)), -1);  // non-blocking, and empty
+    EXPECT_EQ(errno, EAGAIN);
+    EXPECT_EQ(server.EchoTo("ok", 2, false), 2);  // to the drained datagrams' sender
     EXPECT_EQ(receive(client), "ok");
-
-    server.CloseUDPSocket();
-    CaptureStdout err(STDERR_FILENO);
-    EXPECT_FALSE(server.EmptyRecvBuf());
-    EXPECT_EQ(err.text().find("EmptyRecvBuf() select failed\n: "), 0u);
 }
 
-TEST(UDPSocket, CreateFailuresKeepTheDescriptorAndCloseIsIdempotent)
+TEST(UDPSocket, ClosedSocketFailsEveryCallWithItsText)
 {
-    const int before = open_descriptors();
-    {
-        UDPSocket first;
-        const int fd = first.CreateUDPServer(0, false, false);
-        ASSERT_GE(fd, 0);
-        UDPSocket second;
-        CaptureStdout err(STDERR_FILENO);
-        EXPECT_EQ(second.CreateUDPServer(port_of(fd), false, false), -1);
-        EXPECT_EQ(err.text().find("bind error: "), 0u);
-        // The socket stays open: its options can still be read.
-        EXPECT_GT(second.GetRevBuf(), 0);
-        // Creating again replaces the socket rather than leaking it.
-        EXPECT_GE(second.CreateUDPClient(nullptr, 0, false, false), 0);
-        EXPECT_EQ(open_descriptors(), before + 2);
-    }
-    EXPECT_EQ(open_descriptors(), before);
-
+    UDPSocket taken;
+    const int fd = taken.CreateUDPServer(0, false, false);
     UDPSocket socket;
-    socket.CreateUDPClient(nullptr, 0, false, false);
-    socket.CloseUDPSocket();
-    socket.CloseUDPSocket();
-    EXPECT_EQ(open_descriptors(), before);
     CaptureStdout err(STDERR_FILENO);
-    EXPECT_EQ(socket.SendTo("127.0.0.1", 9, "x", 1), -1);
-    EXPECT_FALSE(socket.setnonblocking());
-}
-
-TEST(UDPSocket, OptionAccessorsSetAndReportWithTheirTexts)
-{
-    UDPSocket socket;
-    ASSERT_GE(socket.CreateUDPClient(nullptr, 0, false, false), 0);
-    EXPECT_TRUE(socket.SetIpTTL(7));
-    EXPECT_EQ(socket.GetIpTTL(), 7);
-    EXPECT_TRUE(socket.SetMulticastTTL(3));
-    EXPECT_EQ(socket.GetMulticastTTL(), 3);
-    EXPECT_TRUE(socket.SetRevBuf(8192));
-    EXPECT_GE(socket.GetRevBuf(), 8192);
-    EXPECT_TRUE(socket.SetSndBuf(8192));
-    EXPECT_GE(socket.GetSndBuf(), 8192);
-    EXPECT_TRUE(socket.SetReuseaddr(true));
-    EXPECT_TRUE(socket.SetTimeOut(0, 20000));
-    char buf[4];
-    EXPECT_EQ(socket.RecvFrom(buf, sizeof(buf)), -1);  // times out instead of blocking
-    EXPECT_TRUE(errno == EAGAIN || errno == EWOULDBLOCK);
-
+    EXPECT_EQ(socket.CreateUDPServer(port_of(fd), false, false), -1);
+    EXPECT_GT(socket.GetRevBuf(), 0);  // a failed bind keeps the socket
     socket.CloseUDPSocket();
-    CaptureStdout err(STDERR_FILENO);
-    EXPECT_FALSE(socket.SetReuseaddr(true));
+    socket.CloseUDPSocket();
+    EXPECT_FALSE(socket.EmptyRecvBuf());
     EXPECT_FALSE(socket.SetTimeOut(1, 0));
-    EXPECT_EQ(socket.GetRevBuf(), -1);
-    EXPECT_EQ(socket.GetSndBuf(), -1);
-    EXPECT_FALSE(socket.SetRevBuf(1));
-    EXPECT_FALSE(socket.SetSndBuf(1));
-    EXPECT_EQ(socket.GetIpTTL(), -1);
     EXPECT_EQ(socket.GetMulticastTTL(), -1);
-    EXPECT_FALSE(socket.SetIpTTL(1));
     EXPECT_FALSE(socket.SetMulticastTTL(1));
-    EXPECT_FALSE(socket.AddBroadCast(nullptr));
     EXPECT_FALSE(socket.AddMemberShip("224.168.1.1", nullptr, false, 0));
-    const char* expected[] = {
-        "setsockopt():SO_REUSEADDR", "socket time out set failed\n", "getsockopt():SO_RCVBUF",
-        "getsockopt():SO_SNDBUF",    "setsockopt():SO_RCVBUF",       "setsockopt():SO_SNDBUF",
-        "setsockopt():IP_TTL",       "setsockopt():IP_TTL",          "setsockopt():IP_TTL",
-        "setsockopt():IP_MULTICAST_TTL", "setsockopt():SO_BROADCAST", "setsockopt():IP_MULTICAST_LOOP",
-    };
-    std::string want;
-    for (const char* text : expected) {
+    std::string want = std::string("bind error: ") + strerror(EADDRINUSE) + "\n";
+    for (const char* text : {"EmptyRecvBuf() select failed\n", "socket time out set failed\n",
+                             "setsockopt():IP_TTL", "setsockopt():IP_MULTICAST_TTL",
+                             "setsockopt():IP_MULTICAST_LOOP"}) {
         want += std::string(text) + ": " + strerror(EBADF) + "\n";
     }
     EXPECT_EQ(err.text(), want);
