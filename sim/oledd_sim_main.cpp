@@ -12,7 +12,10 @@
 #include <string>
 
 #include "box_root.h"
+#include "box_settings.h"
+#include "led_board.h"
 #include "output_files.h"
+#include "soc.h"
 #include "startup.h"
 
 namespace {
@@ -35,6 +38,10 @@ void usage(FILE* to)
             "options:\n"
             "  --root DIR   the box's root folder (required)\n"
             "  --out DIR    where the simulated panel and LEDs are written\n"
+            "               (leds.json: each LED setting's pin and level)\n"
+            "  --switch 0|1 level of the mode switch input (default 1; the\n"
+            "               daemon takes 0 as the video input ports, 1 as HDMI)\n"
+            "  --trace FILE every register write as a line \"ADDR VALUE\" in hex\n"
             "  --help       this text\n");
 }
 
@@ -57,6 +64,8 @@ int main(int argc, char** argv)
 {
     std::string root;
     std::string out;
+    std::string trace;
+    int switch_level = 1;
     for (int i = 1; i < argc; ++i) {
         std::string arg = argv[i];
         if (arg == "--help" || arg == "-h") {
@@ -66,6 +75,15 @@ int main(int argc, char** argv)
             root = argv[++i];
         } else if (arg == "--out" && i + 1 < argc) {
             out = argv[++i];
+        } else if (arg == "--switch") {
+            const std::string level = i + 1 < argc ? argv[++i] : "";
+            if (level != "0" && level != "1") {
+                fprintf(stderr, "oledd-sim: --switch takes 0 or 1, not '%s'\n", level.c_str());
+                return 2;
+            }
+            switch_level = level[0] - '0';
+        } else if (arg == "--trace" && i + 1 < argc) {
+            trace = argv[++i];
         } else {
             fprintf(stderr, "oledd-sim: unknown or incomplete option '%s'\n", arg.c_str());
             usage(stderr);
@@ -83,6 +101,14 @@ int main(int argc, char** argv)
         return 2;
     }
     set_box_root(real);
+    if (!trace.empty()) {
+        FILE* file = fopen(trace.c_str(), "w");  // flushed by exit()
+        if (file == nullptr) {
+            fprintf(stderr, "oledd-sim: cannot write trace file %s: %s\n", trace.c_str(), strerror(errno));
+            return 2;
+        }
+        SimSoc::instance().trace_to(file);
+    }
     if (!out.empty() && !make_folders(out)) {
         fprintf(stderr, "oledd-sim: cannot make output folder %s: %s\n", out.c_str(), strerror(errno));
         return 2;
@@ -100,10 +126,15 @@ int main(int argc, char** argv)
     // Whoever watches the simulated box reads its output live.
     setvbuf(stdout, nullptr, _IOLBF, 0);
 
+    // Devices are wired from the settings the daemon is about to read;
+    // their files are registered before the writer starts.
+    if (!out.empty()) {
+        OutputFiles::instance().set_folder(out);
+    }
+    wire_led_board(read_box_settings(), switch_level);
     // The daemon ends through exit() from its signal handler; the output
     // files are written one last time then.
     if (!out.empty()) {
-        OutputFiles::instance().set_folder(out);
         OutputFiles::instance().start();
         atexit(write_outputs_at_exit);
     }

@@ -25,13 +25,15 @@ int group_of(uint32_t addr, uint32_t* offset)
 
 }  // namespace
 
+const int SimSoc::kMaxChangeCallbacks;
+
 SimSoc& SimSoc::instance()
 {
     static SimSoc soc;
     return soc;
 }
 
-SimSoc::SimSoc() : trace_(nullptr), stores_(0)
+SimSoc::SimSoc() : change_callback_count_(0), trace_(nullptr), stores_(0)
 {
     reset();
 }
@@ -44,7 +46,11 @@ void SimSoc::reset()
     memset(input_, 0, sizeof(input_));
     mux_.clear();
     listeners_.clear();
-    change_callbacks_.clear();
+    memset(watched_, 0, sizeof(watched_));
+    change_callback_count_.store(0);
+    for (int i = 0; i < kMaxChangeCallbacks; ++i) {
+        change_callbacks_[i] = nullptr;
+    }
     trace_ = nullptr;
     stores_ = 0;
 }
@@ -54,6 +60,11 @@ int SimSoc::level_locked(int group, int bit) const
     const uint32_t mask = 1u << bit;
     const uint32_t source = (direction_[group] & mask) != 0 ? data_[group] : input_[group];
     return (source & mask) != 0 ? 1 : 0;
+}
+
+uint32_t SimSoc::levels_locked(int group) const
+{
+    return ((data_[group] & direction_[group]) | (input_[group] & ~direction_[group])) & 0xFF;
 }
 
 uint32_t SimSoc::load(uint32_t addr)
@@ -66,9 +77,7 @@ uint32_t SimSoc::load(uint32_t addr)
             return direction_[group];
         }
         if (offset < kDirection && offset % 4 == 0) {
-            const uint32_t mask = (offset >> 2) & 0xFF;
-            const uint32_t levels = (data_[group] & direction_[group]) | (input_[group] & ~direction_[group]);
-            return levels & mask;
+            return levels_locked(group) & (offset >> 2);
         }
         return 0;
     }
@@ -81,7 +90,6 @@ uint32_t SimSoc::load(uint32_t addr)
 
 void SimSoc::store(uint32_t addr, uint32_t value)
 {
-    std::vector<std::function<void()> > callbacks;
     {
         std::lock_guard<std::recursive_mutex> lock(mutex_);
         ++stores_;
@@ -95,19 +103,16 @@ void SimSoc::store(uint32_t addr, uint32_t value)
         } else if (addr >= kMuxBase && addr < kMuxBase + kMuxSize) {
             mux_[addr - kMuxBase] = value;
         }
-        callbacks = change_callbacks_;
     }
-    for (size_t i = 0; i < callbacks.size(); ++i) {
-        callbacks[i]();
+    const int callbacks = change_callback_count_.load(std::memory_order_acquire);
+    for (int i = 0; i < callbacks; ++i) {
+        change_callbacks_[i]();
     }
 }
 
 void SimSoc::store_gpio(int group, uint32_t offset, uint32_t value)
 {
-    uint8_t before = 0;
-    for (int bit = 0; bit < 8; ++bit) {
-        before |= static_cast<uint8_t>(level_locked(group, bit) << bit);
-    }
+    const uint32_t before = levels_locked(group);
     if (offset == kDirection) {
         direction_[group] = value & 0xFF;
     } else if (offset < kDirection && offset % 4 == 0) {
@@ -119,19 +124,17 @@ void SimSoc::store_gpio(int group, uint32_t offset, uint32_t value)
     notify_changes(group, before);
 }
 
-void SimSoc::notify_changes(int group, uint8_t before)
+void SimSoc::notify_changes(int group, uint32_t before)
 {
-    for (int bit = 0; bit < 8; ++bit) {
-        const int now = level_locked(group, bit);
-        if (now == ((before >> bit) & 1)) {
+    const uint32_t now = levels_locked(group);
+    const uint32_t heard = (now ^ before) & watched_[group];
+    for (int bit = 0; heard >> bit != 0; ++bit) {
+        if ((heard & (1u << bit)) == 0) {
             continue;
         }
-        std::map<int, std::vector<PinListener> >::iterator it = listeners_.find(group * 8 + bit);
-        if (it == listeners_.end()) {
-            continue;
-        }
-        for (size_t i = 0; i < it->second.size(); ++i) {
-            it->second[i](group, bit, now);
+        std::vector<PinListener>& listeners = listeners_[group * 8 + bit];
+        for (size_t i = 0; i < listeners.size(); ++i) {
+            listeners[i](group, bit, static_cast<int>((now >> bit) & 1));
         }
     }
 }
@@ -139,10 +142,7 @@ void SimSoc::notify_changes(int group, uint8_t before)
 void SimSoc::set_input_level(int group, int bit, int level)
 {
     std::lock_guard<std::recursive_mutex> lock(mutex_);
-    uint8_t before = 0;
-    for (int b = 0; b < 8; ++b) {
-        before |= static_cast<uint8_t>(level_locked(group, b) << b);
-    }
+    const uint32_t before = levels_locked(group);
     if (level != 0) {
         input_[group] |= 1u << bit;
     } else {
@@ -174,6 +174,7 @@ void SimSoc::watch(int group, int bit, PinListener listener)
 {
     std::lock_guard<std::recursive_mutex> lock(mutex_);
     listeners_[group * 8 + bit].push_back(listener);
+    watched_[group] |= 1u << bit;
 }
 
 void SimSoc::trace_to(FILE* file)
@@ -182,10 +183,16 @@ void SimSoc::trace_to(FILE* file)
     trace_ = file;
 }
 
-void SimSoc::on_change(std::function<void()> callback)
+bool SimSoc::on_change(std::function<void()> callback)
 {
     std::lock_guard<std::recursive_mutex> lock(mutex_);
-    change_callbacks_.push_back(callback);
+    const int count = change_callback_count_.load();
+    if (count == kMaxChangeCallbacks) {
+        return false;
+    }
+    change_callbacks_[count] = callback;
+    change_callback_count_.store(count + 1, std::memory_order_release);
+    return true;
 }
 
 uint64_t SimSoc::stores()

@@ -4,6 +4,7 @@
 #include <stdint.h>
 #include <stdio.h>
 
+#include <atomic>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -38,8 +39,9 @@ public:
     // Every register write, for --trace: "ADDR VALUE" in hexadecimal.
     void trace_to(FILE* file);
     // Called after every store (with the SoC unlocked), e.g. to schedule
-    // output files.
-    void on_change(std::function<void()> callback);
+    // output files. At most kMaxChangeCallbacks; more are refused (false).
+    bool on_change(std::function<void()> callback);
+    static const int kMaxChangeCallbacks = 8;
     // Register and store counts since the last reset (benchmarks, tests).
     uint64_t stores();
 
@@ -49,8 +51,9 @@ public:
 private:
     SimSoc();
     int level_locked(int group, int bit) const;
+    uint32_t levels_locked(int group) const;
     void store_gpio(int group, uint32_t offset, uint32_t value);
-    void notify_changes(int group, uint8_t before);
+    void notify_changes(int group, uint32_t before);
 
     std::recursive_mutex mutex_;
     uint32_t data_[25];
@@ -58,7 +61,11 @@ private:
     uint32_t input_[25];
     std::map<uint32_t, uint32_t> mux_;
     std::map<int, std::vector<PinListener> > listeners_;  // key group * 8 + bit
-    std::vector<std::function<void()> > change_callbacks_;
+    uint32_t watched_[25];                                // bits with listeners
+    // Filled once each and published by the count, so a store calls them
+    // without copying or locking; every bus bit is a store.
+    std::function<void()> change_callbacks_[kMaxChangeCallbacks];
+    std::atomic<int> change_callback_count_;
     FILE* trace_;
     uint64_t stores_;
 };

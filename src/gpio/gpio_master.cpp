@@ -45,9 +45,11 @@ const unsigned int g_muxctrl_reg[kGpioGroups * kGpioBits][2] = {
 
 namespace {
 
+// Negative numbers are refused as well: a pin text such as "a_b" parses
+// to -1, and the tables must never be indexed with it.
 bool out_of_range(int group, int bit)
 {
-    return bit > kGpioBits - 1 || group > kGpioGroups - 1;
+    return bit < 0 || group < 0 || bit > kGpioBits - 1 || group > kGpioGroups - 1;
 }
 
 // Placeholder entries name no pad of their own; writing them would switch

@@ -17,7 +17,7 @@ extern const unsigned int g_gpio_base_reg_L[kGpioBits];
 extern const unsigned int g_muxctrl_reg[kGpioGroups * kGpioBits][2];
 
 // Pins named by (group, bit). Every method returns 0, or -1 without any
-// register access when bit > 7 or group > 24.
+// register access when bit > 7 or group > 24 (or either is negative).
 class GPIOMaster {
 public:
     int pin_mux_gpio(int group, int bit);

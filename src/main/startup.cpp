@@ -7,6 +7,7 @@
 
 #include "board_identity.h"
 #include "control_server.h"
+#include "pin_setup.h"
 #include "runtime_settings.h"
 #include "singleton.h"
 #include "software_config.h"
@@ -40,6 +41,7 @@ int oled_main()
     config->SaveConfig();
 
     init_argumnt();
+    oled_gpio_init();
 
     // The port is fixed: the stored port keys do not choose it.
     oled_ump(16124);

@@ -1,0 +1,108 @@
+#include "pin_setup.h"
+
+#include <string>
+#include <vector>
+
+#include "bus_lines.h"
+#include "file_helpers.h"
+#include "gpio_master.h"
+#include "runtime_settings.h"
+#include "singleton.h"
+#include "software_config.h"
+
+namespace {
+
+typedef SoftwareConfig C;
+
+struct Pin {
+    int group;
+    int bit;
+};
+
+// A bus line: the setting that names its pin and the globals it fills.
+struct BusLine {
+    C::SoftWareConfigID setting;
+    unsigned int* addr;
+    unsigned int* high;
+    unsigned int* low;
+};
+
+// Big panel, or a small one on the four-wire bus.
+const BusLine kFourWireLines[] = {
+    {C::OLed_ba_SDINMUX, &SDA, &SDA_H, &SDA_L}, {C::OLed_ba_SCLKMUX, &SCL, &SCL_H, &SCL_L},
+    {C::OLed_ba_CS_MUX, &CS, &CS_H, &CS_L},     {C::OLed_ba_DC_MUX, &DC, &DC_H, &DC_L},
+    {C::OLed_ba_RES_MUX, &RES, &RES_H, &RES_L},
+};
+
+const BusLine kTwoWireLines[] = {
+    {C::OLed_sml_SDINMUX, &SDA, &SDA_H, &SDA_L},
+    {C::OLed_sml_SCLKMUX, &SCL, &SCL_H, &SCL_L},
+};
+
+// "G_B"; a text without '_' names no pin. Numbers are not checked here:
+// the controller refuses pins out of its range.
+bool pin_of(const std::string& text, Pin* pin)
+{
+    if (text.find('_') == std::string::npos) {
+        return false;
+    }
+    std::vector<std::string> parts;
+    SplitString(text, parts, "_");
+    pin->group = parts.size() > 0 ? str2int(parts[0]) : -1;
+    pin->bit = parts.size() > 1 ? str2int(parts[1]) : -1;
+    return true;
+}
+
+bool route_output(GPIOMaster& gpio, C::SoftWareConfigID setting, Pin* pin)
+{
+    if (!pin_of(Singleton<SoftwareConfig>::instance()->GetConfig(setting), pin)) {
+        return false;
+    }
+    gpio.pin_mux_gpio(pin->group, pin->bit);
+    gpio.set_gpio_direction(pin->group, pin->bit, 1);
+    return true;
+}
+
+template <size_t N>
+void set_up_lines(GPIOMaster& gpio, const BusLine (&lines)[N])
+{
+    for (size_t i = 0; i < N; ++i) {
+        Pin pin;
+        if (route_output(gpio, lines[i].setting, &pin)) {
+            gpio.get_gpio_addr(pin.group, pin.bit, lines[i].addr, lines[i].high, lines[i].low);
+        }
+    }
+}
+
+// The two-wire panel draws its power from two GPIO pins.
+void drive_supply(GPIOMaster& gpio, C::SoftWareConfigID setting, int level)
+{
+    Pin pin;
+    if (route_output(gpio, setting, &pin)) {
+        gpio.set_gpio_value(pin.group, pin.bit, level);
+    }
+}
+
+}  // namespace
+
+void oled_gpio_init()
+{
+    std::shared_ptr<GPIOMaster> gpio = Singleton<GPIOMaster>::instance();
+    if (oled_type == 0 || oled_type == 3 || oled_type == 6) {
+        set_up_lines(*gpio, kFourWireLines);
+    } else if (oled_type == 1 || oled_type == 4 || oled_type == 5) {
+        set_up_lines(*gpio, kTwoWireLines);
+        drive_supply(*gpio, C::OLed_sml_VCCMUX, 1);
+        drive_supply(*gpio, C::OLed_sml_GNDMUX, 0);
+    }
+
+    // The switch pin stays an input, as it is after reset; a low level (or
+    // no switch at all) selects the video input ports.
+    unsigned int value = 0;
+    Pin pin;
+    if (pin_of(Singleton<SoftwareConfig>::instance()->GetConfig(C::kSwitch_gpio), &pin)) {
+        gpio->pin_mux_gpio(pin.group, pin.bit);
+        gpio->get_gpio_value(pin.group, pin.bit, &value);
+    }
+    input_mode = (value & 0xFF) == 0 ? 1 : 0;
+}

@@ -1,0 +1,45 @@
+"""oledd-sim's devices follow the settings the daemon reads: the small
+panel's pins are routed at start, leds.json shows the LED settings' pins."""
+
+import json
+import os
+import signal
+import time
+
+from harness import E2ETest, main
+
+# BRD25's small panel: 4_0 data, 4_1 clock, 4_2 supply, 4_3 ground; its
+# switch is 7_6. Two LEDs share the supply and ground pins, so their
+# levels show the set-up's writes.
+LEDS = {"kLed_eth_gpio": ["5_3", None], "kLed_cpu_gpio": ["0", None], "kLed_hdmi_gpio": ["57", None],
+        "kLed_pwr_gpio": ["4_2", 1], "kLed_eth_onboard": ["0", None], "kLed_cpu_onboard": ["4_3", 0],
+        "kLed_hdmi_onboard": ["0", None]}
+
+
+class LedsWiring(E2ETest):
+    def test_small_panel_pins_are_routed_and_leds_show_their_pins(self):
+        box = self.box(board="BRD25", files={"/data/oled.ini": "".join("%s=%s\n" % (k, v[0]) for k, v in LEDS.items())})
+        box.start("--trace", box.out + "/trace.txt", "--switch", "0")
+        expected = {key: {"pin": pin, "level": level} for key, (pin, level) in LEDS.items()}
+        leds = lambda: json.load(open(box.out + "/leds.json")) if os.path.exists(box.out + "/leds.json") else None
+        deadline = time.time() + 10
+        while leds() != expected and time.time() < deadline:
+            time.sleep(0.05)
+        box.signal(signal.SIGTERM)
+        self.assertEqual(box.wait(), 255)
+        self.assertEqual(leds(), expected)
+
+        writes = {}
+        for line in open(box.out + "/trace.txt"):
+            address, value = line.split()
+            writes.setdefault(int(address, 16), []).append(int(value, 16))
+        for pad in (0x074, 0x078, 0x07C, 0x080, 0x100):  # 4_0 .. 4_3, the switch 7_6
+            self.assertEqual(writes.get(0x120F0000 + pad), [1], hex(pad))
+        self.assertEqual(writes[0x12190400][:4], [0x1, 0x3, 0x7, 0xF])  # outputs one by one
+        self.assertEqual((writes[0x12190010], writes[0x12190020]), ([0x4], [0x0]))  # supply high, ground low
+        # The switch stays an input; the chip select 3_5 and the LED pin 5_3 are not touched.
+        self.assertEqual([a for a in writes if a >> 16 in (0x1218, 0x121A, 0x121C)], [])
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,70 @@
+#include <gtest/gtest.h>
+
+#include "capture_stdout.h"
+#include "ethernet_audio_probes.h"
+#include "probe_scene.h"
+
+TEST(CheckEthspeedFile, BlanksNonDigitsAndShowsTenAsNoLink)
+{
+    expect_outcomes(CheckEthspeedFile, {{"good", "ETH_SPEED:1000 "},
+                                        {"missing", "ETH_SPEED:"},
+                                        {"empty", "ETH_SPEED:"},
+                                        {"truncated", "ETH_SPEED:NO LINK"},
+                                        {"garbage", "ETH_SPEED: 1 "},
+                                        {"long", "ETH_SPEED:" + std::string(1023, '1')}});
+    ProbeScene scene("good");
+    scene.write("/sys/class/net/eth0/speed", "100\n");
+    EXPECT_EQ(CheckEthspeedFile(), "ETH_SPEED:100 ");
+    scene.write("/sys/class/net/eth0/speed", "10\n");
+    EXPECT_EQ(CheckEthspeedFile(), "ETH_SPEED:NO LINK");
+    scene.write("/sys/class/net/eth0/speed", "1.0\n");
+    EXPECT_EQ(CheckEthspeedFile(), "ETH_SPEED:1 0 ");
+
+    CaptureStdout out;
+    std::string result;
+    {
+        NoFreeDescriptors none;
+        result = CheckEthspeedFile();
+    }
+    EXPECT_EQ(result, "");
+    EXPECT_EQ(out.text(), "Open /proc/umap/vi failed!\n");
+}
+
+namespace {
+
+const char kHeadings[] = "  AiDev    WorkMode  SampRate  BitWidth\n";
+
+std::string audio_page(const std::string& row)
+{
+    return "-----AI DEV ATTR-----\n" + std::string(kHeadings) + row + "\n";
+}
+
+}  // namespace
+
+TEST(CheckAiFile, TakesTheRateStandingUnderSamp)
+{
+    expect_outcomes(CheckAiFile, {{"good", "AIOSR:48000"},
+                                  {"missing", "AIOSR:"},
+                                  {"empty", "AIOSR:"},
+                                  {"truncated", "NO_AI"},
+                                  {"garbage", "NO_AI"},
+                                  {"long", "AIOSR:"}});
+    ProbeScene scene("good");
+    const struct {
+        std::string page;
+        const char* result;
+    } pages[] = {
+        {audio_page("  0        I2S_MST   44100     16"), "AIOSR:44100"},
+        {audio_page("  0        I2S_MST   AUTO      16"), "NO_AI"},
+        {audio_page("  0        I2S_MST   x8000     16"), "AIOSR:x8000"},  // a digit one place right counts
+        {audio_page("  0        I2S_MST    48000    16"), "AIOSR:"},
+        {audio_page("  0        I2S_MST   8000      16") + audio_page("  0        I2S_MST   16000     16"), "AIOSR:16000"},
+        {"-----AI DEV ATTR----- 0000000000000000000000000\n" + std::string(kHeadings) + "  0\n", kThrows},
+    };
+    for (const auto& p : pages) {
+        scene.write("/proc/umap/ai", p.page);
+        EXPECT_EQ(outcome(CheckAiFile), p.result) << p.page;
+    }
+    NoFreeDescriptors none;
+    EXPECT_EQ(CheckAiFile(), "AI DEV ATTR");
+}

@@ -1,0 +1,48 @@
+#include <gtest/gtest.h>
+
+#include "capture_stdout.h"
+#include "io_probes.h"
+#include "probe_scene.h"
+
+TEST(CheckIOFile, JoinsFourStatesAndTheRelayOfEachHalf)
+{
+    ProbeScene scene("good");
+    EXPECT_EQ(CheckIOFile(), "01105");
+    EXPECT_EQ(CheckIO1File(), "10010");
+
+    const std::string states = "kSet0IO=0\nkSet1IO=1\nkSet2IO=1\nkSet3IO=0\n";
+    scene.write("/data/remserial.ini", states + "krelay0st=2\n");
+    EXPECT_EQ(CheckIOFile(), "01100");
+    scene.write("/data/remserial.ini", states);
+    EXPECT_EQ(CheckIOFile(), "0110krelay0st");
+    scene.write("/data/remserial.ini", "kSet0IO=0\nkSet1IO=1\nkSet3IO=0\nkrelay0st=1\n");
+    EXPECT_EQ(CheckIOFile(), "01kSet2IO05") << "out of order: the third line is passed over";
+    scene.write("/data/remserial.ini",
+                "kSet0IO=1\nkSet1IO=0\nkSet2IO=0\nkSet3IO=0\nkSet4IO=10\nkSet5IO=20\nkSet6IO=30\nkSet7IO=40\n");
+    EXPECT_EQ(CheckIOFile(), "10203040krelay0st") << "later lines match the values now held";
+    scene.write("/data/remserial.ini", "kSet0IO=1\nkSet1IO=1\nkSet2IO=1\nkSet3IO=1\nkrelay0st=1\nkrelay0st=5\n");
+    EXPECT_EQ(CheckIOFile(), "11110") << "the mapped relay value is matched again";
+    scene.write("/data/remserial.ini", "kSet0IO=" + std::string(150, '7') + "\nkrelay0st=1\n");
+    EXPECT_EQ(CheckIOFile().size(), 99u) << "bounded by the 100-byte text";
+}
+
+TEST(CheckIOFile, ShowsKeyNamesForWhatIsMissingAndReportsOnlyInTheSecondHalf)
+{
+    expect_outcomes(CheckIOFile, {{"missing", "kSet0IOkSet1IOkSet2IOkSet3IOkrelay0st"},
+                                  {"truncated", "01kSet3IOkrelay0st"},
+                                  {"garbage", "kSet0IO=7\r\xff\xfe\rkSet2IO=0"},
+                                  {"long", std::string(99, '1')}});
+    const std::string none_found = "kSet4IOkSet5IOkSet6IOkSet7IOkrelay1st";
+    expect_outcomes(CheckIO1File, {{"missing", none_found}, {"truncated", none_found}, {"garbage", none_found}});
+    ProbeScene scene("good");
+    for (bool second : {false, true}) {
+        CaptureStdout out;
+        std::string result;
+        {
+            NoFreeDescriptors none;
+            result = second ? CheckIO1File() : CheckIOFile();
+        }
+        EXPECT_EQ(result, "");
+        EXPECT_EQ(out.text(), second ? "read /data/remserial.ini failed\n" : "");
+    }
+}

@@ -1,0 +1,76 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "probe_scene.h"
+#include "system_probes.h"
+
+namespace {
+
+std::string iostat_printing(const std::string& values_line)
+{
+    return "#!/bin/sh\ncat <<'OUT'\nLinux 4.9.37 (box) \t03/14/26 \t_armv7l_\t(2 CPU)\n\n"
+           "avg-cpu:  %user   %nice %system %iowait  %steal   %idle\n" +
+           values_line + "\n\nOUT\n";
+}
+
+}  // namespace
+
+TEST(CheckCpuFile, TakesTheFirstValueWordWhenLongerThanThree)
+{
+    ProbeScene scene("good");
+    EXPECT_EQ(CheckCpuFile(), "CPU:3.52%");
+    scene.write_tool("/bin/iostat", iostat_printing("           0.00    0.00    0.50    0.00    0.00   99.50"));
+    EXPECT_EQ(CheckCpuFile(), "CPU:0.00%");
+    scene.write_tool("/bin/iostat", iostat_printing("           5.0    0.00    0.50    0.00    0.00   94.50"));
+    EXPECT_EQ(CheckCpuFile(), "");
+    scene.write_tool("/bin/iostat", iostat_printing("\t12.25\t0.00"));
+    EXPECT_EQ(CheckCpuFile(), "CPU:\t12.25\t0.00\n%") << "a tab belongs to the word, and so does the newline";
+    scene.write_tool("/bin/iostat", "#!/bin/sh\nprintf 'avg-cpu: %%user\\n 1.00 2\\n\\navg-cpu: %%user\\n 4.00 5\\n\\n'\n");
+    EXPECT_EQ(CheckCpuFile(), "") << "a second report clears the word and takes no other";
+}
+
+TEST(CheckCpuFile, GivesNothingForBrokenReportsAndTheAudioHeadingWhenIostatCannotStart)
+{
+    expect_outcomes(CheckCpuFile, {{"missing", ""}, {"empty", ""}, {"truncated", ""}, {"garbage", ""}, {"long", ""}});
+    ProbeScene scene("good");
+    NoFreeDescriptors none;
+    EXPECT_EQ(CheckCpuFile(), "AI DEV ATTR");
+}
+
+TEST(CheckTimeFile, SplitsTheUptimeIntoUnpaddedFields)
+{
+    EXPECT_EQ(format_uptime(59), "TIM:0.0.0.59S");
+    EXPECT_EQ(format_uptime(86400), "TIM:1.0.0.0S");
+    EXPECT_EQ(format_uptime(86400 + 2 * 3600 + 3 * 60 + 4), "TIM:1.2.3.4S");
+    EXPECT_EQ(format_uptime(400L * 86400 + 86399), "TIM:400.23.59.59S");
+
+    double uptime = 0;
+    std::ifstream("/proc/uptime") >> uptime;
+    const std::string now = CheckTimeFile();
+    EXPECT_TRUE(now == format_uptime(static_cast<long>(uptime)) || now == format_uptime(static_cast<long>(uptime) + 1))
+        << now;
+}
+
+TEST(CheckTemperature, RunsTheToolFromTheWorkingFolderAndBlanksNonDigits)
+{
+    ProbeScene scene("good");
+    EXPECT_EQ(CheckTemperature(), "TEMP:52 ");
+    EXPECT_EQ(scene.root().read("/tmp/temperature"), "52\n") << "written under the box root";
+
+    scene.remove("/home/public/get_temperature");
+    scene.write_tool("/home/public/get_temperature.sh", "#!/bin/sh\necho 45.5\n");
+    EXPECT_EQ(CheckTemperature(), "TEMP:45 5 ");
+
+    scene.remove("/home/public/get_temperature.sh");
+    EXPECT_EQ(CheckTemperature(), "") << "no tool: the old reading is not shown";
+}
+
+TEST(CheckTemperature, ShowsWhateverBrokenToolsLeave)
+{
+    expect_outcomes(CheckTemperature, {{"missing", ""},
+                                       {"empty", "TEMP:"},
+                                       {"truncated", "TEMP:4"},
+                                       {"garbage", "TEMP: 12 5   "},
+                                       {"long", "TEMP:" + std::string(99, '0')}});
+}
