@@ -5,9 +5,9 @@
 #include <string>
 
 #include "loop_pause.h"
-#include "network_info.h"
+#include "interface_tables.h"
 #include "oled_ba_master.h"
-#include "probe_guard.h"
+#include "probe_text.h"
 #include "probes.h"
 #include "runtime_settings.h"
 #include "screen_loops.h"

@@ -9,7 +9,7 @@
 #include "file_helpers.h"
 #include "gpio_master.h"
 #include "path_on_box.h"
-#include "probe_guard.h"
+#include "probe_text.h"
 #include "probes.h"
 #include "runtime_settings.h"
 #include "screen_loops.h"

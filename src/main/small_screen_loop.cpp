@@ -6,9 +6,9 @@
 
 #include "board_defaults.h"
 #include "loop_pause.h"
-#include "network_info.h"
+#include "interface_tables.h"
 #include "oled_master.h"
-#include "probe_guard.h"
+#include "probe_text.h"
 #include "probes.h"
 #include "runtime_settings.h"
 #include "screen_loops.h"
