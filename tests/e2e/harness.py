@@ -1,9 +1,11 @@
 """Runs oledd-sim as a whole program inside network namespaces that the
 test makes itself, so that no packet ever leaves them."""
 
+import ctypes
 import os
 import shutil
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
@@ -13,6 +15,9 @@ import unittest
 import uuid
 
 SKIP = 77  # ctest's SKIP_RETURN_CODE
+
+_libc = ctypes.CDLL(None, use_errno=True)
+_CLONE_NEWNET = 0x40000000
 
 BIN_DIR = os.environ.get("OLEDD_BIN_DIR", os.path.join(os.path.dirname(__file__), "..", "..", "build", "bin"))
 
@@ -41,6 +46,33 @@ class Netns:
 
     def exec_args(self, argv):
         return ["ip", "netns", "exec", self.name] + list(argv)
+
+    def udp_socket(self, address="0.0.0.0", port=0):
+        """A UDP socket that lives in this namespace (made on a helper
+        thread that enters it; the socket keeps the namespace), bound to
+        address:port."""
+        made = {}
+
+        def make():
+            try:
+                fd = os.open("/var/run/netns/" + self.name, os.O_RDONLY)
+                try:
+                    if _libc.setns(fd, _CLONE_NEWNET) != 0:
+                        raise OSError(ctypes.get_errno(), "setns into " + self.name)
+                finally:
+                    os.close(fd)
+                sock = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+                sock.bind((address, port))
+                made["socket"] = sock
+            except OSError as e:
+                made["error"] = e
+
+        helper = threading.Thread(target=make)
+        helper.start()
+        helper.join()
+        if "error" in made:
+            raise made["error"]
+        return made["socket"]
 
     def close(self):
         run("ip", "netns", "del", self.name, check=False)
@@ -221,47 +253,25 @@ def run_tool(netns, name, *args, timeout=30):
     return run(*argv, check=False, timeout=timeout)
 
 
-_LISTENER = r"""
-import socket, struct, sys
-port, group, local = int(sys.argv[1]), sys.argv[2], sys.argv[3]
-s = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
-s.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
-s.bind(("", port))
-s.setsockopt(socket.IPPROTO_IP, socket.IP_ADD_MEMBERSHIP,
-             struct.pack("4s4s", socket.inet_aton(group), socket.inet_aton(local)))
-print("ready", flush=True)
-while True:
-    data, source = s.recvfrom(65536)
-    print(repr((source[0], data.decode("latin-1"))), flush=True)
-"""
-
-
 class Listener:
     """Stands where a box would: receives every datagram to the control
     port, unicast or through the group, inside a namespace."""
 
     def __init__(self, netns, local_addr, port=16124, group="224.168.1.1"):
-        argv = netns.exec_args([sys.executable, "-c", _LISTENER, str(port), group, local_addr])
-        self.proc = subprocess.Popen(argv, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, bufsize=1)
+        self.sock = netns.udp_socket("0.0.0.0", port)
+        self.sock.setsockopt(socket.IPPROTO_IP, socket.IP_ADD_MEMBERSHIP,
+                             socket.inet_aton(group) + socket.inet_aton(local_addr))
+        self.sock.setblocking(False)
         self.datagrams = []
-        self._lock = threading.Lock()
-        first = self.proc.stdout.readline().strip()
-        if first != "ready":
-            self.close()
-            raise AssertionError("listener did not start: " + first)
-        self._reader = threading.Thread(target=self._collect, daemon=True)
-        self._reader.start()
-
-    def _collect(self):
-        import ast
-        for line in self.proc.stdout:
-            with self._lock:
-                self.datagrams.append(ast.literal_eval(line.strip()))
 
     def received(self):
         """(source address, text) of every datagram so far."""
-        with self._lock:
-            return list(self.datagrams)
+        while True:
+            try:
+                data, source = self.sock.recvfrom(65536)
+            except BlockingIOError:
+                return list(self.datagrams)
+            self.datagrams.append((source[0], data.decode("latin-1")))
 
     def wait_for(self, text, timeout=5.0):
         deadline = time.time() + timeout
@@ -272,10 +282,7 @@ class Listener:
         raise AssertionError("datagram %r never arrived; got %r" % (text, self.received()))
 
     def close(self):
-        if self.proc.poll() is None:
-            self.proc.kill()
-        self.proc.wait()
-        self.proc.stdout.close()
+        self.sock.close()
 
 
 def main():
