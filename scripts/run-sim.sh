@@ -41,7 +41,7 @@ done
 
 bash scripts/install-deps.sh
 cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo > /dev/null
-cmake --build build -j"$(nproc)" --target oledd-sim pgmview > /dev/null
+cmake --build build -j"$(nproc)" --target oledd-sim pgmview oledctl > /dev/null
 
 root="${keep:-$(mktemp -d /tmp/oled-box-XXXXXX)}"
 mkdir -p "$root"

@@ -90,6 +90,8 @@ def link(box_ns, box_if, box_addr, peer_ns, peer_if, peer_addrs):
             ns.ip("addr", "add", addr, "dev", ifname)
         ns.ip("link", "set", ifname, "up")
         ns.ip("route", "add", "224.0.0.0/4", "dev", ifname)
+    _wait_until_carrying(box_ns, box_if)
+    _wait_until_carrying(peer_ns, peer_if)
 
 
 class SimBox:
