@@ -15,6 +15,7 @@
 #include "box_settings.h"
 #include "led_board.h"
 #include "output_files.h"
+#include "panel_outputs.h"
 #include "soc.h"
 #include "startup.h"
 
@@ -131,7 +132,9 @@ int main(int argc, char** argv)
     if (!out.empty()) {
         OutputFiles::instance().set_folder(out);
     }
-    wire_led_board(read_box_settings(), switch_level);
+    const BoxSettings box = read_box_settings();
+    wire_panel_outputs(box);
+    wire_led_board(box, switch_level);
     // The daemon ends through exit() from its signal handler; the output
     // files are written one last time then.
     if (!out.empty()) {

@@ -1,0 +1,132 @@
+#include "panel_fixture.h"
+
+#include <stdlib.h>
+
+#include "box_settings.h"
+#include "bus_lines.h"
+#include "gpio_master.h"
+#include "panel_attach.h"
+#include "register_access.h"
+#include "runtime_settings.h"
+#include "soc.h"
+
+namespace {
+
+// Pins away from the board defaults, so the test names every line itself.
+const char* const kData = "5_1";
+const char* const kClock = "5_2";
+const char* const kChipSelect = "6_3";
+const char* const kDataCommand = "6_4";
+const char* const kReset = "6_5";
+
+void bind_line(const char* text, unsigned int* addr, unsigned int* high, unsigned int* low)
+{
+    int group = 0;
+    int bit = 0;
+    ASSERT_TRUE(parse_pin(text, &group, &bit));
+    GPIOMaster gpio;
+    gpio.pin_mux_gpio(group, bit);
+    gpio.set_gpio_direction(group, bit, 1);
+    gpio.get_gpio_addr(group, bit, addr, high, low);
+}
+
+void unbind_lines()
+{
+    SDA = SDA_H = SDA_L = SCL = SCL_H = SCL_L = CS = CS_H = CS_L = 0;
+    DC = DC_H = DC_L = RES = RES_H = RES_L = 0;
+}
+
+}  // namespace
+
+void PanelOnSoc::SetUp()
+{
+    SimSoc::instance().reset();
+    unbind_lines();
+    recorder_ = std::make_shared<Recorder>();
+}
+
+void PanelOnSoc::TearDown()
+{
+    SimSoc::instance().reset();
+    unbind_lines();
+    oled_type = 0;
+}
+
+void PanelOnSoc::wire(int type)
+{
+    BoxSettings box;
+    box.values = SoftwareConfig::DefaultValues("");
+    box.values[SoftwareConfig::OLed_a_kind_start] = std::to_string(type);
+    box.values[SoftwareConfig::OLed_ba_SDINMUX] = kData;
+    box.values[SoftwareConfig::OLed_ba_SCLKMUX] = kClock;
+    box.values[SoftwareConfig::OLed_ba_CS_MUX] = kChipSelect;
+    box.values[SoftwareConfig::OLed_ba_DC_MUX] = kDataCommand;
+    box.values[SoftwareConfig::OLed_ba_RES_MUX] = kReset;
+    box.values[SoftwareConfig::OLed_sml_SDINMUX] = kData;
+    box.values[SoftwareConfig::OLed_sml_SCLKMUX] = kClock;
+    bind_line(kData, &SDA, &SDA_H, &SDA_L);
+    bind_line(kClock, &SCL, &SCL_H, &SCL_L);
+    const bool four_wire = type == 0 || type == 3 || type == 6;
+    if (four_wire) {
+        bind_line(kChipSelect, &CS, &CS_H, &CS_L);
+        bind_line(kDataCommand, &DC, &DC_H, &DC_L);
+        bind_line(kReset, &RES, &RES_H, &RES_L);
+    }
+    std::shared_ptr<Recorder> recorder = recorder_;
+    panel_ = attach_panel(box, [recorder](bool data, uint8_t byte) {
+        recorder->bytes.push_back(Byte(data, byte));
+        recorder->data_count += data ? 1 : 0;
+        if (recorder->hook) {
+            recorder->hook(*recorder);
+        }
+    });
+    oled_type = type;
+    if (four_wire) {
+        // Out of reset, as after the driver's reset pulse.
+        set_reg(RES, RES_H);
+    }
+}
+
+std::vector<PanelOnSoc::Byte> PanelOnSoc::take()
+{
+    std::vector<Byte> out;
+    out.swap(recorder_->bytes);
+    return out;
+}
+
+std::vector<uint8_t> PanelOnSoc::data_of(const std::vector<Byte>& bytes)
+{
+    std::vector<uint8_t> out;
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        if (bytes[i].first) {
+            out.push_back(bytes[i].second);
+        }
+    }
+    return out;
+}
+
+int PanelOnSoc::pixel(int x, int y) const
+{
+    return panel_->pixels()[static_cast<size_t>(y * panel_->width() + x)];
+}
+
+uint8_t PanelOnSoc::page_byte(int page, int x) const
+{
+    uint8_t value = 0;
+    for (int row = 0; row < 8; ++row) {
+        value = static_cast<uint8_t>(value | (pixel(x, page * 8 + row) << row));
+    }
+    return value;
+}
+
+std::vector<std::pair<bool, uint8_t> > commands(const std::string& hex)
+{
+    std::vector<std::pair<bool, uint8_t> > out;
+    const char* p = hex.c_str();
+    char* end = nullptr;
+    for (unsigned long value = strtoul(p, &end, 16); end != p; value = strtoul(p, &end, 16)) {
+        out.push_back(std::make_pair(false, static_cast<uint8_t>(value)));
+        p = end;
+    }
+    return out;
+}

@@ -1,0 +1,51 @@
+#ifndef OLED_TESTS_OLED_PANEL_FIXTURE_H
+#define OLED_TESTS_OLED_PANEL_FIXTURE_H
+
+#include <gtest/gtest.h>
+#include <stdint.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "panel_controller.h"
+
+// A box with the panel of one oled_type wired onto the simulated SoC the
+// way oledd-sim wires it, the bus lines set up as the pin set-up does, and
+// every byte the panel decodes recorded.
+class PanelOnSoc : public ::testing::Test {
+protected:
+    typedef std::pair<bool, uint8_t> Byte;  // (data, byte)
+
+    void SetUp() override;
+    void TearDown() override;
+
+    // Wires the panel for oled_type and makes it the driver's type.
+    void wire(int type);
+
+    // Recorded bytes since the last take, then forgets them.
+    std::vector<Byte> take();
+    // Data bytes among them.
+    static std::vector<uint8_t> data_of(const std::vector<Byte>& bytes);
+    // Pixel (x, y) of the panel's RAM.
+    int pixel(int x, int y) const;
+    // Monochrome RAM byte of page p, column x (bit 0 the top row).
+    uint8_t page_byte(int page, int x) const;
+
+    struct Recorder {
+        std::vector<Byte> bytes;
+        size_t data_count = 0;
+        // Called after every byte, once the panel took it.
+        std::function<void(const Recorder&)> hook;
+    };
+
+    std::shared_ptr<PanelController> panel_;
+    std::shared_ptr<Recorder> recorder_;
+};
+
+// Commands from text of hexadecimal bytes ("AE 00 10").
+std::vector<std::pair<bool, uint8_t> > commands(const std::string& hex);
+
+#endif

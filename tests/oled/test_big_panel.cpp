@@ -1,0 +1,228 @@
+// The big-panel driver drawn onto the simulated SoC; the emulated
+// greyscale controller's RAM is read back.
+#include <gtest/gtest.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "capture_stdout.h"
+#include "font_tables.h"
+#include "oled_ba_master.h"
+#include "panel_fixture.h"
+#include "bus_lines.h"
+#include "register_access.h"
+#include "temp_root.h"
+
+namespace {
+
+unsigned char* text(char* s)
+{
+    return reinterpret_cast<unsigned char*>(s);
+}
+
+class BigPanel : public PanelOnSoc {
+protected:
+    void SetUp() override
+    {
+        PanelOnSoc::SetUp();
+        wire(0);
+    }
+
+    // Greyscale RAM byte (two pixels) of row y at byte column c.
+    uint8_t pair(int c, int y) const
+    {
+        return static_cast<uint8_t>(pixel(2 * c, y) << 4 | pixel(2 * c + 1, y));
+    }
+
+    OLEDBaMaster oled_;
+};
+
+TEST_F(BigPanel, InitResetsAndSendsTheSequenceAsCommands)
+{
+    // Held in reset, the panel takes nothing.
+    set_reg(RES, RES_L);
+    oled_.ShowOLEDFill_big(0, 0, 4, 1, 0xFF);
+    EXPECT_EQ(0, pixel(0, 0));
+    take();
+
+    oled_.InitOLED_big();
+    EXPECT_TRUE(take() == commands("AE D5 90 A8 3F D3 00 B0 00 40 30 AD 80 A0 C0 81 38 D9 76 DB 3B DC 1A A4 A6"));
+    EXPECT_FALSE(panel_->display_on());
+}
+
+TEST_F(BigPanel, FillCoversTheRectangleOnly)
+{
+    oled_.ShowOLEDFill_big(0, 0, 256, 64, 0xFF);
+    EXPECT_EQ(64u * 128, data_of(take()).size());
+    EXPECT_EQ(15, pixel(0, 0));
+    EXPECT_EQ(15, pixel(255, 63));
+
+    oled_.ShowOLEDFill_big(20, 10, 40, 3, 0x00);
+    for (int y = 9; y <= 13; ++y) {
+        for (int x = 18; x < 62; ++x) {
+            const bool inside = y >= 10 && y <= 12 && x >= 20 && x < 60;
+            EXPECT_EQ(inside ? 0 : 15, pixel(x, y)) << x << "," << y;
+        }
+    }
+    take();
+    oled_.ShowOLEDFill_big(0, 45, 240, 0, 0);
+    EXPECT_TRUE(take().empty());
+
+    // Rows wrap at 256: from row 255 three rows are 255, 0 and 1; the
+    // controller keeps the low six bits of the row.
+    oled_.ShowOLEDFill_big(0, 255, 4, 3, 0x12);
+    EXPECT_EQ(0x12, pair(0, 0));
+    EXPECT_EQ(0x12, pair(1, 1));
+    EXPECT_EQ(0x12, pair(0, 63));
+    EXPECT_EQ(0xFF, pair(0, 2));
+}
+
+TEST_F(BigPanel, PictureIsCopiedPackedRowByRow)
+{
+    unsigned char picture[3 * 4];
+    for (int i = 0; i < 12; ++i) {
+        picture[i] = static_cast<unsigned char>(0x10 * i + 15 - i);
+    }
+    oled_.ShowOLEDFillPic_big(100, 7, 8, 3, picture);
+    for (int row = 0; row < 3; ++row) {
+        for (int c = 0; c < 4; ++c) {
+            EXPECT_EQ(picture[row * 4 + c], pair(50 + c, 7 + row));
+        }
+    }
+    EXPECT_EQ(12u, data_of(take()).size());
+}
+
+TEST_F(BigPanel, BigDigitsPadTheCallersTextAndSkipUnknownCharacters)
+{
+    char buffer[8] = {'1', '2', 0, 'x', 'x', 'x', 'x', 'x'};
+    oled_.ShowOLEDString_big(32, 20, text(buffer), 5);
+    EXPECT_EQ(0, memcmp(buffer, "12   xxx", 8));
+    EXPECT_EQ(27u * 5 * 8, data_of(take()).size());
+    for (int r = 0; r < 27; ++r) {
+        for (int b = 0; b < 8; ++b) {
+            EXPECT_EQ(kBigDigit16x27[216 * 1 + r * 8 + b], pair(16 + b, 20 + r));
+            EXPECT_EQ(kBigDigit16x27[216 * 2 + r * 8 + b], pair(24 + b, 20 + r));
+        }
+    }
+
+    // Anything but a digit, '.' or ' ' is skipped: the rest moves left.
+    oled_.ShowOLEDFill_big(0, 0, 256, 64, 0);
+    char shifted[] = "7-.";
+    oled_.ShowOLEDString_big(0, 0, text(shifted), 3);
+    for (int r = 0; r < 27; ++r) {
+        for (int b = 0; b < 8; ++b) {
+            EXPECT_EQ(kBigDigit16x27[216 * 10 + r * 8 + b], pair(8 + b, r));
+            EXPECT_EQ(0, pair(16 + b, r));
+        }
+    }
+}
+
+TEST_F(BigPanel, SmallTextUsesTheGreyFont)
+{
+    char line[] = "Ag";
+    oled_.ShowOLEDSmallString(10, 40, text(line), 2);
+    for (int r = 0; r < 13; ++r) {
+        for (int b = 0; b < 4; ++b) {
+            EXPECT_EQ(kAscii8x13Grey[('A' - 32) * 52 + r * 4 + b], pair(5 + b, 40 + r));
+            EXPECT_EQ(kAscii8x13Grey[('g' - 32) * 52 + r * 4 + b], pair(9 + b, 40 + r));
+        }
+    }
+}
+
+// Data bytes of the logo show: the blank, 114 frames of 64 rows of a
+// 14-byte band, then the logo.
+const size_t kSweepEnd = 64 * 128 + 114 * 64 * 14;
+const size_t kLogoEnd = kSweepEnd + 64 * 128;
+
+TEST_F(BigPanel, LogoSweepLeavesTheShapeBehindThenShowsTheLogo)
+{
+    for (int i = 0; i < 8192; ++i) {
+        oled_logo[i] = static_cast<unsigned char>((i / 128) % 2 == 0 ? 0x9F : 0x05);
+    }
+    std::vector<uint8_t> swept;
+    recorder_->hook = [this, &swept](const Recorder& r) {
+        if (r.data_count == kSweepEnd && swept.empty()) {
+            swept = panel_->pixels();
+        }
+    };
+    oled_.Show_Logo();
+    ASSERT_EQ(256u * 64, swept.size());
+    auto swept_pair = [&swept](int c, int y) { return swept[y * 256 + 2 * c] << 4 | swept[y * 256 + 2 * c + 1]; };
+    // Behind the band the shape stays at level 2; the last band still
+    // glows from 2 up to 14 and down; the last byte column is never swept.
+    EXPECT_EQ(0x22, swept_pair(0, 0));
+    EXPECT_EQ(0x22, swept_pair(113, 62));
+    EXPECT_EQ(0x02, swept_pair(50, 1));
+    EXPECT_EQ(0x44, swept_pair(114, 0));
+    EXPECT_EQ(0xEE, swept_pair(119, 0));
+    EXPECT_EQ(0xEE, swept_pair(120, 0));
+    EXPECT_EQ(0x0E, swept_pair(120, 1));
+    EXPECT_EQ(0x22, swept_pair(126, 0));
+    EXPECT_EQ(0x00, swept_pair(127, 0));
+    for (int y = 0; y < 64; ++y) {
+        for (int c = 0; c < 128; ++c) {
+            ASSERT_EQ(oled_logo[y * 128 + c], pair(c, y));
+        }
+    }
+}
+
+// Runs the test body in a box's working folder.
+class LogoFile : public BigPanel {
+protected:
+    void SetUp() override
+    {
+        BigPanel::SetUp();
+        ASSERT_NE(nullptr, getcwd(saved_, sizeof(saved_)));
+        root_.make_folder("/home/public");
+        ASSERT_EQ(0, chdir(root_.host("/home/public").c_str()));
+    }
+    void TearDown() override
+    {
+        ASSERT_EQ(0, chdir(saved_));
+        BigPanel::TearDown();
+    }
+
+    TempRoot root_;
+    char saved_[4096];
+};
+
+TEST_F(LogoFile, MissingLogoIsReportedAndTheScreenKept)
+{
+    oled_.ShowOLEDFill_big(0, 0, 256, 64, 0x37);
+    take();
+    CaptureStdout out;
+    oled_.big_oled_show_logo();
+    EXPECT_EQ("Open file (null) fail\n", out.text());
+    EXPECT_TRUE(take().empty());
+    EXPECT_EQ(0x37, pair(77, 33));
+}
+
+TEST_F(LogoFile, OversizedLogoIsCutToOneImageShownThenBlanked)
+{
+    std::string image(9000, '\0');
+    for (size_t i = 0; i < image.size(); ++i) {
+        image[i] = static_cast<char>(i < 8192 ? (i * 7) & 0xFF : 0xEE);
+    }
+    root_.write("/home/public/logo.bin", image);
+    std::vector<uint8_t> shown;
+    recorder_->hook = [this, &shown](const Recorder& r) {
+        if (r.data_count == kLogoEnd && shown.empty()) {
+            shown = panel_->pixels();
+        }
+    };
+    CaptureStdout out;
+    oled_.big_oled_show_logo();
+    EXPECT_EQ(0u, out.text().find("open file  ok ==="));
+    EXPECT_EQ(0, memcmp(oled_logo, image.data(), 8192));
+    ASSERT_EQ(256u * 64, shown.size());
+    EXPECT_EQ((oled_logo[5 * 128 + 9] >> 4), shown[5 * 256 + 18]);
+    EXPECT_EQ((oled_logo[63 * 128 + 127] & 0x0F), shown[63 * 256 + 255]);
+    for (int y = 0; y < 64; ++y) {
+        for (int c = 0; c < 128; ++c) {
+            ASSERT_EQ(0, pair(c, y));
+        }
+    }
+}
+
+}  // namespace

@@ -1,0 +1,215 @@
+// The small-panel driver drawn onto the simulated SoC; what the emulated
+// panel decoded from the pins and holds in its RAM is read back.
+#include <gtest/gtest.h>
+#include <string.h>
+
+#include "capture_stdout.h"
+#include "font_tables.h"
+#include "oled_master.h"
+#include "panel_fixture.h"
+#include "runtime_settings.h"
+
+namespace {
+
+typedef std::vector<std::pair<bool, uint8_t> > Stream;
+
+// The blanking of all eight pages: address, then 128 zero data bytes.
+Stream blank_screen()
+{
+    Stream out;
+    for (int page = 0; page < 8; ++page) {
+        out.push_back(std::make_pair(false, static_cast<uint8_t>(0xB0 + page)));
+        out.push_back(std::make_pair(false, static_cast<uint8_t>(0x10)));
+        out.push_back(std::make_pair(false, static_cast<uint8_t>(0x00)));
+        out.insert(out.end(), 128, std::make_pair(true, static_cast<uint8_t>(0)));
+    }
+    return out;
+}
+
+Stream join(Stream a, const Stream& b, const Stream& c = Stream())
+{
+    a.insert(a.end(), b.begin(), b.end());
+    a.insert(a.end(), c.begin(), c.end());
+    return a;
+}
+
+unsigned char* text(const char* s)
+{
+    return reinterpret_cast<unsigned char*>(const_cast<char*>(s));
+}
+
+class SmallPanel : public PanelOnSoc {
+protected:
+    OLEDMaster oled_;
+};
+
+TEST_F(SmallPanel, EveryKindSendsItsStartUpSequenceOnItsBus)
+{
+    const Stream kind096 = join(commands("AE 00 10 40 81 CF A1 C8 A6 A8 3F D3 00 D5 80 D9 F1 DA 12 DB 40 20 02 "
+                                         "8D 14 A4 A6"),
+                                blank_screen(), commands("AF A6 C8 A1"));
+    const Stream kind129 = join(commands("AE 00 10 B0 40 81 88 82 00 A1 A2 A4 A6 A8 3F C8 D3 00 D5 A0 D9 22 "
+                                         "DB 40 31 AD 8B"),
+                                blank_screen(), commands("AF A6 C0 A0"));
+    const Stream kind_old = join(commands("AE D5 80 A8 1F D3 00 A1 A6 40 B0 D5 F0 8D 14 20 02 C8 A1 DA 02 81 00 "
+                                          "D9 F1 DB 49"),
+                                 blank_screen(), commands("AF"));
+    const struct {
+        int type;
+        const char* name;
+        const Stream* stream;
+        int rows;
+    } kinds[] = {
+        {1, "old small oled\n", &kind_old, 32},  {3, "0.96 small oled\n", &kind096, 64},
+        {4, "0.96 small oled\n", &kind096, 64},  {5, "1.29 small oled\n", &kind129, 64},
+        {6, "1.29 small oled\n", &kind129, 64},
+    };
+    for (const auto& kind : kinds) {
+        SCOPED_TRACE(kind.type);
+        TearDown();
+        SetUp();
+        wire(kind.type);
+        CaptureStdout out;
+        oled_.InitOLED();
+        EXPECT_EQ(kind.name, out.text());
+        EXPECT_TRUE(take() == *kind.stream);
+        EXPECT_TRUE(panel_->display_on());
+        EXPECT_EQ(kind.rows, panel_->visible_rows());
+    }
+}
+
+TEST_F(SmallPanel, TypesWithoutSmallPanelSendAndPrintNothing)
+{
+    for (int type : {0, 2}) {
+        TearDown();
+        SetUp();
+        wire(4);
+        oled_type = type;
+        CaptureStdout out;
+        oled_.InitOLED();
+        oled_.ShowOLEDString(0, 0, text("A1"), 2);
+        oled_.ShowOLEDClear(0, 8);
+        EXPECT_EQ("", out.text());
+        EXPECT_TRUE(take().empty());
+    }
+}
+
+TEST_F(SmallPanel, LargeTextIsEightColumnsPerDrawableCharacter)
+{
+    wire(4);
+    oled_.ShowOLEDString(10, 2, text("A:1"), 3);
+    EXPECT_EQ(48u, data_of(take()).size());
+    for (int i = 0; i < 7; ++i) {
+        EXPECT_EQ((kCapital7x12[i] << 4) & 0xF0, page_byte(2, 10 + i));
+        EXPECT_EQ((kCapital7x12[i] >> 4) & 0xFF, page_byte(3, 10 + i));
+        EXPECT_EQ((kDigit7x12[7 + i] << 4) & 0xF0, page_byte(2, 26 + i));
+        EXPECT_EQ((kDigit7x12[7 + i] >> 4) & 0xFF, page_byte(3, 26 + i));
+    }
+    for (int x = 17; x < 26; ++x) {
+        EXPECT_EQ(0, page_byte(2, x) | page_byte(3, x)) << x;
+    }
+
+    // A lower-case letter is a single blank column on each page.
+    oled_.ShowOLEDString(0, 4, text("AaA"), 3);
+    EXPECT_EQ(34u, data_of(take()).size());
+    EXPECT_EQ(page_byte(4, 0), page_byte(4, 9));
+    EXPECT_EQ(page_byte(5, 6), page_byte(5, 15));
+    EXPECT_EQ(0xFE, page_byte(5, 9));
+}
+
+TEST_F(SmallPanel, LargeTextPunctuationHasItsOwnMarks)
+{
+    wire(3);
+    oled_.ShowOLEDString(0, 0, text("._! "), 4);
+    const uint8_t upper[] = {0, 0, 0, 0, 0, 0, 0, 0,  0, 0, 0, 0, 0, 0, 0, 0,
+                             0, 0xFF, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    const uint8_t lower[] = {0, 0x80, 0, 0, 0, 0, 0, 0, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0,
+                             0, 0x90, 0, 0, 0, 0, 0, 0, 0,    0,    0,    0,    0,    0,    0,    0};
+    for (int x = 0; x < 32; ++x) {
+        EXPECT_EQ(upper[x], page_byte(0, x)) << x;
+        EXPECT_EQ(lower[x], page_byte(1, x)) << x;
+    }
+}
+
+TEST_F(SmallPanel, AddressLineMatchesTheFontColumnByColumn)
+{
+    wire(6);
+    const char* line = "IP:192.168.1.20";
+    oled_.ShowOLEDString(0, 6, text(line), static_cast<unsigned char>(strlen(line)));
+    for (size_t c = 0; c < strlen(line); ++c) {
+        const int x0 = static_cast<int>(c) * 8;
+        for (int i = 0; i < 7; ++i) {
+            unsigned short column = 0;
+            if (line[c] >= '0' && line[c] <= '9') {
+                column = kDigit7x12[(line[c] - '0') * 7 + i];
+            } else if (line[c] >= 'A' && line[c] <= 'Z') {
+                column = kCapital7x12[(line[c] - 'A') * 7 + i];
+            }
+            const int dot = (line[c] == '.' && i == 1) ? 0x80 : 0;
+            EXPECT_EQ((column << 4) & 0xF0, page_byte(6, x0 + i)) << line[c] << " column " << i;
+            EXPECT_EQ(((column >> 4) & 0xFF) | dot, page_byte(7, x0 + i)) << line[c] << " column " << i;
+        }
+        EXPECT_EQ(0, page_byte(6, x0 + 7) | page_byte(7, x0 + 7));
+    }
+}
+
+TEST_F(SmallPanel, SmallTextIsProportional)
+{
+    wire(5);
+    oled_.ShowOLEDSmallString(0, 1, text("il"), 2);
+    const std::vector<uint8_t> sent = data_of(take());
+    const std::vector<uint8_t> expected = {static_cast<uint8_t>(kAscii5x7[('i' - 32) * 5 + 2]), 0,
+                                           static_cast<uint8_t>(kAscii5x7[('l' - 32) * 5 + 2]), 0};
+    EXPECT_EQ(expected, sent);
+
+    // j, 1, I keep columns 1..3; r columns 0..3; others all five; a control
+    // character only its spacer.
+    oled_.ShowOLEDSmallString(0, 2, text("j1Ir\tW"), 6);
+    EXPECT_EQ(4u + 4 + 4 + 5 + 1 + 6, data_of(take()).size());
+    EXPECT_EQ(kAscii5x7[('j' - 32) * 5 + 1] & 0xFF, page_byte(2, 0));
+    EXPECT_EQ(kAscii5x7[('W' - 32) * 5 + 0] & 0xFF, page_byte(2, 18));
+}
+
+TEST_F(SmallPanel, ClearBlanksThePagesAsked)
+{
+    wire(1);
+    oled_.ShowOLEDString(0, 0, text("88888888888888888"), 16);
+    oled_.ShowOLEDString(0, 6, text("88888888888888888"), 16);
+    memset(oled_buf, 0x5A, sizeof(oled_buf));
+    take();
+    oled_.ShowOLEDClear(0, 6);
+    EXPECT_EQ(6u * 128, data_of(take()).size());
+    for (int x = 0; x < 128; ++x) {
+        EXPECT_EQ(0, page_byte(0, x) | page_byte(1, x));
+    }
+    EXPECT_NE(0, page_byte(7, 1));
+    EXPECT_EQ(0, oled_buf[0] | oled_buf[319]);
+
+    oled_.ShowOLEDClear(5, 5);
+    oled_.ShowOLEDClear(7, 2);
+    EXPECT_TRUE(take().empty());
+    oled_.ShowOLEDClear(0, 8);
+    EXPECT_EQ(0, page_byte(7, 1));
+}
+
+TEST_F(SmallPanel, CustomIconsSitEighteenColumnsApart)
+{
+    wire(4);
+    oled_.ShowOLEDCustom(20, 3, text("05"), 2);
+    for (int i = 0; i < 16; ++i) {
+        EXPECT_EQ(kCustom16x16[i], page_byte(3, 20 + i));
+        EXPECT_EQ(kCustom16x16[16 + i], page_byte(4, 20 + i));
+        EXPECT_EQ(kCustom16x16[5 * 32 + i], page_byte(3, 38 + i));
+        EXPECT_EQ(kCustom16x16[5 * 32 + 16 + i], page_byte(4, 38 + i));
+    }
+    EXPECT_EQ(0, page_byte(3, 36) | page_byte(3, 37));
+}
+
+TEST_F(SmallPanel, OlderAddressingShiftsThePageByFive)
+{
+    wire(4);
+    oled_.SetOLEDAddr(0x25, 4);
+    EXPECT_TRUE(take() == commands("B1 05 12"));
+}
+
+}  // namespace

@@ -1,0 +1,114 @@
+// pgmview: shows the simulated panel (panel.pgm) in a terminal.
+#include <stdio.h>
+#include <sys/stat.h>
+#include <time.h>
+
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "pgm_render.h"
+
+namespace {
+
+void usage(FILE* to)
+{
+    fprintf(to,
+            "usage: pgmview [--follow] [--plain] FILE\n"
+            "\n"
+            "Prints a binary PGM (the simulator's panel.pgm) in the terminal, two\n"
+            "pixel rows per line in half-block characters, in greys.\n"
+            "\n"
+            "  --follow  redraw whenever the file is replaced, until interrupted\n"
+            "  --plain   no colours: a pixel is lit when its level is above zero\n"
+            "  --help    this text\n");
+}
+
+bool read_file(const std::string& path, std::string* bytes)
+{
+    std::ifstream in(path.c_str(), std::ios::binary);
+    if (!in.is_open()) {
+        return false;
+    }
+    bytes->assign((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    return true;
+}
+
+// Prints the file once; false with a message on stderr when it cannot.
+bool show(const std::string& path, bool plain, bool clear_first)
+{
+    std::string bytes;
+    if (!read_file(path, &bytes)) {
+        fprintf(stderr, "pgmview: cannot read %s\n", path.c_str());
+        return false;
+    }
+    GreyImage image;
+    std::string error;
+    if (!parse_pgm(bytes, &image, &error)) {
+        fprintf(stderr, "pgmview: %s: %s\n", path.c_str(), error.c_str());
+        return false;
+    }
+    const std::string text = render_half_blocks(image, plain);
+    if (clear_first) {
+        fputs("\x1b[H\x1b[2J", stdout);
+    }
+    fwrite(text.data(), 1, text.size(), stdout);
+    fflush(stdout);
+    return true;
+}
+
+// Identity of the file's current version: the simulator replaces it by
+// rename, so the inode changes with every write.
+std::string version_of(const std::string& path)
+{
+    struct stat st;
+    if (stat(path.c_str(), &st) != 0) {
+        return std::string();
+    }
+    return std::to_string(st.st_ino) + ":" + std::to_string(st.st_mtim.tv_sec) + "." +
+           std::to_string(st.st_mtim.tv_nsec) + ":" + std::to_string(st.st_size);
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    bool follow = false;
+    bool plain = false;
+    std::string path;
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        if (arg == "--help" || arg == "-h") {
+            usage(stdout);
+            return 0;
+        } else if (arg == "--follow") {
+            follow = true;
+        } else if (arg == "--plain") {
+            plain = true;
+        } else if (!arg.empty() && arg[0] != '-' && path.empty()) {
+            path = arg;
+        } else {
+            fprintf(stderr, "pgmview: unknown option or extra argument '%s'\n", arg.c_str());
+            usage(stderr);
+            return 2;
+        }
+    }
+    if (path.empty()) {
+        fprintf(stderr, "pgmview: no file given\n");
+        usage(stderr);
+        return 2;
+    }
+    if (!follow) {
+        return show(path, plain, false) ? 0 : 1;
+    }
+    std::string shown;
+    for (;;) {
+        const std::string version = version_of(path);
+        if (!version.empty() && version != shown) {
+            show(path, plain, true);
+            shown = version;
+        }
+        const timespec pause = {0, 100 * 1000 * 1000};
+        nanosleep(&pause, nullptr);
+    }
+}
