@@ -1,0 +1,1 @@
+oled_fuzz_target(fuzz_panel_emulators fuzz_panel_emulators.cpp)
