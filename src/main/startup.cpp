@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "board_identity.h"
+#include "control_server.h"
 #include "pin_setup.h"
 #include "runtime_settings.h"
 #include "singleton.h"
@@ -42,10 +43,8 @@ int oled_main()
     init_argumnt();
     oled_gpio_init();
 
-    // The control server takes this place; until then wait for a signal.
-    for (;;) {
-        pause();
-    }
+    // The port is fixed: the stored port keys do not choose it.
+    oled_ump(16124);
     config.reset();
     return 0;
 }

@@ -1,9 +1,11 @@
 """Runs oledd-sim as a whole program inside network namespaces that the
 test makes itself, so that no packet ever leaves them."""
 
+import ctypes
 import os
 import shutil
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
@@ -13,6 +15,9 @@ import unittest
 import uuid
 
 SKIP = 77  # ctest's SKIP_RETURN_CODE
+
+_libc = ctypes.CDLL(None, use_errno=True)
+_CLONE_NEWNET = 0x40000000
 
 BIN_DIR = os.environ.get("OLEDD_BIN_DIR", os.path.join(os.path.dirname(__file__), "..", "..", "build", "bin"))
 
@@ -41,6 +46,33 @@ class Netns:
 
     def exec_args(self, argv):
         return ["ip", "netns", "exec", self.name] + list(argv)
+
+    def udp_socket(self, address="0.0.0.0", port=0):
+        """A UDP socket that lives in this namespace (made on a helper
+        thread that enters it; the socket keeps the namespace), bound to
+        address:port."""
+        made = {}
+
+        def make():
+            try:
+                fd = os.open("/var/run/netns/" + self.name, os.O_RDONLY)
+                try:
+                    if _libc.setns(fd, _CLONE_NEWNET) != 0:
+                        raise OSError(ctypes.get_errno(), "setns into " + self.name)
+                finally:
+                    os.close(fd)
+                sock = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+                sock.bind((address, port))
+                made["socket"] = sock
+            except OSError as e:
+                made["error"] = e
+
+        helper = threading.Thread(target=make)
+        helper.start()
+        helper.join()
+        if "error" in made:
+            raise made["error"]
+        return made["socket"]
 
     def close(self):
         run("ip", "netns", "del", self.name, check=False)

@@ -4,14 +4,14 @@
 #include <stdlib.h>
 #include <unistd.h>
 
-CaptureStdout::CaptureStdout() : saved_fd_(-1), file_fd_(-1), done_(false)
+CaptureStdout::CaptureStdout(int fd) : fd_(fd), saved_fd_(-1), file_fd_(-1), done_(false)
 {
-    fflush(stdout);
+    fflush(nullptr);
     char name[] = "/tmp/oled-stdout-XXXXXX";
     file_fd_ = mkstemp(name);
     unlink(name);
-    saved_fd_ = dup(STDOUT_FILENO);
-    dup2(file_fd_, STDOUT_FILENO);
+    saved_fd_ = dup(fd_);
+    dup2(file_fd_, fd_);
 }
 
 CaptureStdout::~CaptureStdout()
@@ -23,8 +23,8 @@ std::string CaptureStdout::text()
 {
     if (!done_) {
         done_ = true;
-        fflush(stdout);
-        dup2(saved_fd_, STDOUT_FILENO);
+        fflush(nullptr);
+        dup2(saved_fd_, fd_);
         close(saved_fd_);
         lseek(file_fd_, 0, SEEK_SET);
         char buf[4096];

@@ -3,11 +3,14 @@
 
 #include <string>
 
+#include <unistd.h>
+
 // Collects what the code under test prints on standard output between
-// construction and text().
+// construction and text(); or on another descriptor (STDERR_FILENO for
+// perror lines).
 class CaptureStdout {
 public:
-    CaptureStdout();
+    explicit CaptureStdout(int fd = STDOUT_FILENO);
     ~CaptureStdout();
     CaptureStdout(const CaptureStdout&) = delete;
     CaptureStdout& operator=(const CaptureStdout&) = delete;
@@ -16,6 +19,7 @@ public:
     std::string text();
 
 private:
+    int fd_;
     int saved_fd_;
     int file_fd_;
     std::string text_;

@@ -1,0 +1,72 @@
+#include "control_server.h"
+
+#include <arpa/inet.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <memory>
+
+#include "control_datagram.h"
+#include "runtime_settings.h"
+#include "singleton.h"
+#include "software_config.h"
+#include "udp_socket.h"
+
+namespace {
+
+const char kControlGroup[] = "224.168.1.1";
+const char kControlInterface[] = "eth0";
+
+// A receive that fails at once (no socket) must not spin the core.
+const useconds_t kFailedReceivePause = 100 * 1000;
+
+// Replies leave through the server's own socket.
+class SocketReply : public ReplySender {
+public:
+    explicit SocketReply(UDPSocket& socket) : socket_(socket) {}
+
+    void send(const char* ip, unsigned int port, const std::string& payload) override
+    {
+        // A lost reply is not retried: the tool asks again.
+        socket_.SendTo(ip, port, payload.data(), static_cast<long>(payload.size()));
+    }
+
+private:
+    UDPSocket& socket_;
+};
+
+}  // namespace
+
+void oled_ump(unsigned int port)
+{
+    std::shared_ptr<SoftwareConfig> config = Singleton<SoftwareConfig>::instance();
+    std::unique_ptr<UDPSocket> socket(new UDPSocket);
+    // Without the group the box still serves unicast; without the socket
+    // it serves nothing, and neither stops the daemon.
+    socket->CreateUDPServer(port, false, true);
+    socket->AddMemberShip(kControlGroup, kControlInterface, true, 0);
+
+    // Read once: empty when eth0 has no address, and every text holds the
+    // empty text, so such a box obeys every aimed datagram.
+    char local_address[NetworkInfo::kItemSize] = "";
+    socket->GetNetworkInfo(kControlInterface, NetworkInfo::IF_ADDR, local_address);
+
+    SocketReply reply(*socket);
+    // One byte more than the longest command, so the text always ends.
+    char buf[kControlDatagramMax + 1];
+    while (thread_oled_ump) {
+        memset(buf, 0, sizeof(buf));
+        const int received = socket->RecvFrom(buf, kControlDatagramMax);
+        if (received < 0) {
+            usleep(kFailedReceivePause);
+            continue;
+        }
+        const sockaddr_in from = socket->GetClientSockaddr();
+        char from_text[20] = "";
+        inet_ntop(AF_INET, &from.sin_addr, from_text, sizeof(from_text));
+        const ControlPeer sender = {from_text, ntohs(from.sin_port)};
+        handle_control_datagram(buf, received, sender, local_address, reply);
+    }
+    socket.reset();
+    config.reset();
+}

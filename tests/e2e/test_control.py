@@ -1,0 +1,192 @@
+"""The control protocol end to end: a box (eth0 at 192.168.1.20) and a peer
+(192.168.1.1, and 10.0.0.5 for reply destinations) joined by a veth pair in
+namespaces of their own; the peer sends datagrams by unicast and to the
+group, and reads the replies."""
+
+import os
+import random
+import socket
+
+from harness import E2ETest, Netns, link, main
+from test_startup import CANONICAL_DEFAULTS
+
+BOX = "192.168.1.20"
+PORT = 16124
+GROUP = "224.168.1.1"
+KEYS = [line.split("=")[0] for line in CANONICAL_DEFAULTS.splitlines()]
+COMMANDS = ["controlled", "oled_type", "led_on", "oled_str_en", "oled_string", "cpu", "vi", "ai", "net", "time",
+            "venc", "temp", "io", "sleep", "logo", "port", "sda", "scl", "cs", "dc", "res", "sml_sda", "sml_scl",
+            "vcc", "gnd", "pwr_led", "cpu_led", "eth_led", "hdmi_led", "test", "replyoled"]
+SAVED = "[SaveConfig]-246: save config succeed"
+
+
+class Control(E2ETest):
+    def setUp(self):
+        super().setUp()
+        self.peer = Netns("peer")
+        self.addCleanup(self.peer.close)
+        link(self.netns, "eth0", BOX + "/24", self.peer, "veth0", ["192.168.1.1/24", "10.0.0.5/24"])
+        self.netns.ip("route", "add", "10.0.0.0/24", "via", "192.168.1.1")
+        self.tool = self.peer.udp_socket()
+        self.addCleanup(self.tool.close)
+        self.tool.setsockopt(socket.IPPROTO_IP, socket.IP_MULTICAST_IF, socket.inet_aton("192.168.1.1"))
+
+    def start_box(self, files=None):
+        self.sim = self.box(files=files)
+        self.sim.start()
+        self.sim.wait_for(SAVED)
+        self.settles = 0
+        self.settle()
+        return self.sim
+
+    def mark(self):
+        return len(self.sim.output())
+
+    def send(self, payload, to=BOX, sock=None):
+        (sock or self.tool).sendto(payload if isinstance(payload, bytes) else payload.encode(), (to, PORT))
+
+    def reply(self, sock=None, timeout=3.0):
+        sock = sock or self.tool
+        sock.settimeout(timeout)
+        return sock.recvfrom(65536)
+
+    def settle(self):
+        """Sends a marked query and waits until it is handled: every
+        datagram sent before has been handled then (one socket, in order).
+        Returns its reply (the last one to arrive) and the index of its
+        first output line."""
+        self.settles += 1
+        tag = "%s:settle-%d" % (BOX, self.settles)
+        start = self.mark()
+        # Sent again while unanswered: the server may not be up yet, or the
+        # marker was lost to a full receive queue.
+        for attempt in range(40):
+            self.send("controlled=%s|replyoled" % tag)
+            try:
+                at = self.sim.wait_for("controlled ip " + tag, timeout=1.0, after=start)
+                break
+            except AssertionError:
+                if attempt == 39:
+                    raise
+        self.sim.wait_for(SAVED, after=at)
+        last, _ = self.reply()
+        while True:
+            try:
+                last, _ = self.reply(timeout=0.2)
+            except socket.timeout:
+                return last, at
+
+    def settings(self):
+        return self.sim.read("/data/oled.ini", binary=True)
+
+    def lines(self, start, end):
+        return self.sim.output()[start:end]
+
+    def test_commands_are_obeyed_saved_and_reported(self):
+        self.start_box()
+        for datagrams, changed, errors in (([b"cpu=0|sleep=5", b"c"], [b"OLed_a_cpu=0", b"OLed_a_sleep_tim=5"], 0),
+                                           ([b"cpu=1|bogus=3|vi=0"], [b"OLed_a_cpu=1", b"OLed_a_vi=0"], 1)):
+            start = self.mark()
+            for datagram in datagrams:  # a one-byte datagram is ignored
+                self.send(datagram)
+            _, end = self.settle()
+            self.assertEqual(self.lines(start, end).count(SAVED), 1)
+            self.assertEqual(self.lines(start, end).count("you send error command"), errors)
+            for line in changed:
+                self.assertIn(b"\n" + line + b"\n", self.settings())
+
+    def test_only_the_addressed_box_obeys(self):
+        self.start_box()
+        before = os.stat(self.sim.host("/data/oled.ini"))
+        content = self.settings()
+        start = self.mark()
+        self.send("controlled=192.168.1.21|cpu=0")
+        self.send("controlled=192.168.1.21|cpu=0", to=GROUP)
+        reply, end = self.settle()
+        self.assertEqual(reply, b"[oled]\n" + content)
+        after = os.stat(self.sim.host("/data/oled.ini"))
+        self.assertEqual((before.st_ino, before.st_mtime_ns), (after.st_ino, after.st_mtime_ns))
+        self.assertEqual(self.lines(start, end), [])
+
+        start = self.mark()
+        self.send("controlled=192.168.1.20|vi=0", to=GROUP)
+        _, end = self.settle()
+        self.assertEqual(self.lines(start, end)[0], "controlled ip 192.168.1.20")
+        self.assertIn(b"\nOLed_a_vi=0\n", self.settings())
+
+    def test_replies_carry_the_file_before_the_change(self):
+        self.start_box(files={"/data/oled.ini": "OLed_a_cpu=0\n"})
+        canonical = self.settings()
+        self.send("replyoled")
+        data, sender = self.reply()
+        self.assertEqual(data, b"[oled]\n" + canonical)
+        self.assertEqual(sender, (BOX, PORT))
+
+        elsewhere = self.peer.udp_socket("10.0.0.5", 9000)
+        self.addCleanup(elsewhere.close)
+        self.send("replyoled=10.0.0.5:9000")
+        data, _ = self.reply(elsewhere)
+        self.assertEqual(data, b"[oled]\n" + canonical)
+
+        self.send("cpu=1|replyoled")
+        data, _ = self.reply()
+        self.assertEqual(data, b"[oled]\n" + canonical)
+        self.assertEqual(self.settle()[0], b"[oled]\n" + canonical.replace(b"OLed_a_cpu=0", b"OLed_a_cpu=1"))
+
+    def test_oversized_datagram_and_long_destination_do_no_harm(self):
+        self.start_box()
+        start = self.mark()
+        big = ("cpu=0|" + "x" * 1009 + "|sleep=12345|vi=0|" + "y" * 2000)[:2000]
+        self.send(big)
+        self.send("replyoled=1234567890.12345:9000")  # 16 characters
+        self.tool.settimeout(0.5)
+        with self.assertRaises(socket.timeout):
+            self.tool.recvfrom(65536)
+        _, end = self.settle()
+        saved = self.settings()
+        self.assertIn(b"\nOLed_a_cpu=0\n", saved)
+        self.assertIn(b"\nOLed_a_sleep_tim=12\n", saved)
+        self.assertIn(b"\nOLed_a_vi=1\n", saved)
+        self.assertEqual(sum("longer than 15 characters" in line for line in self.lines(start, end)), 1)
+        self.assertIsNone(self.sim.proc.poll())
+
+    def test_thousands_of_random_datagrams_leave_the_file_whole(self):
+        self.start_box()
+        # Replies to the random queries go to a socket nobody reads.
+        noise = self.peer.udp_socket()
+        self.addCleanup(noise.close)
+        noise.setsockopt(socket.IPPROTO_IP, socket.IP_MULTICAST_IF, socket.inet_aton("192.168.1.1"))
+        rng = random.Random(16124)
+        alphabet = b"|=:.0123456789abcxyz_\n\r\x00 controlledreplyoled"
+        for i in range(3000):
+            kind = i % 4
+            if kind == 0:
+                payload = bytes(rng.randrange(256) for _ in range(rng.randrange(0, 1500)))
+            elif kind == 1:
+                payload = bytes(rng.choice(alphabet) for _ in range(rng.randrange(0, 300)))
+            else:
+                items = []
+                for _ in range(rng.randrange(1, 8)):
+                    key = rng.choice(COMMANDS + ["bogus", "", "replyoled=10.0.0.5:9000",
+                                                 "replyoled=1234567890.123456:1"])
+                    value = rng.choice(["", "0", "1", "-1", "99999999999", "4_2", "x" * rng.randrange(40),
+                                        "a\nb", "\r", "192.168.1.20"])
+                    items.append(key if key.startswith("replyoled") else key + rng.choice(["=", "", "=="]) + value)
+                payload = "|".join(items).encode()
+            self.send(payload, to=GROUP if i % 5 == 0 else BOX, sock=noise)
+            if i % 50 == 49:
+                self.settle()
+        saved, _ = self.settle()
+        self.assertIsNone(self.sim.proc.poll(), "the daemon died")
+        # Most of them were read and handled, not lost on the way.
+        handled = self.sim.output().count(SAVED)
+        self.assertGreater(handled, 2000)
+        lines = self.settings().split(b"\n")
+        self.assertEqual(lines[-1], b"")
+        self.assertEqual([line.split(b"=", 1)[0].decode() for line in lines[:-1]], KEYS)
+        self.assertEqual(saved, b"[oled]\n" + self.settings())
+
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,242 @@
+#include <gtest/gtest.h>
+
+#include <string.h>
+#include <sys/stat.h>
+
+#include <string>
+#include <vector>
+
+#include "capture_stdout.h"
+#include "control_datagram.h"
+#include "runtime_settings.h"
+#include "singleton.h"
+#include "software_config.h"
+#include "temp_root.h"
+
+namespace {
+
+// Replies collected as "ip:port" and payload instead of sent.
+class CollectReplies : public ReplySender {
+public:
+    void send(const char* ip, unsigned int port, const std::string& payload) override
+    {
+        to.push_back(std::string(ip) + ":" + std::to_string(port));
+        payloads.push_back(payload);
+    }
+    std::vector<std::string> to;
+    std::vector<std::string> payloads;
+};
+
+// A box with the default settings saved and the switches as start-up
+// leaves them; datagrams come from 192.168.1.1:40000.
+class ControlDatagram : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        root.make_folder("/data");
+        CaptureStdout quiet;
+        const std::vector<std::string> defaults = SoftwareConfig::DefaultValues("");
+        for (size_t id = 0; id < defaults.size(); ++id) {
+            Singleton<SoftwareConfig>::instance()->SetConfig(static_cast<SoftwareConfig::SoftWareConfigID>(id),
+                                                            defaults[id]);
+        }
+        Singleton<SoftwareConfig>::instance()->SaveConfig();
+        oled_type = 1;
+        snprintf(oled_data, sizeof(oled_data), "WELCOME\n");
+        oled_display_cpu = oled_display_vi = oled_display_ai = oled_display_ethspeed = oled_display_venc =
+            oled_display_temp = oled_display_time = true;
+        oled_display_logo = oled_display_io = oled_string_enable = false;
+        led_outside = led_onboard = oled_led_on = false;
+        oled_sleep_time = 3;
+        led_test = 0;
+    }
+
+    bool handle(const std::string& text, const std::string& local = "192.168.1.20")
+    {
+        CaptureStdout out;
+        const bool obeyed = handle_control_datagram(text.data(), static_cast<long>(text.size()),
+                                                    ControlPeer{"192.168.1.1", 40000}, local, replies);
+        printed = out.text();
+        return obeyed;
+    }
+
+    // The saved defaults with some key=value lines replaced.
+    static std::string defaults_with(const std::vector<std::string>& lines)
+    {
+        std::string text;
+        const std::vector<std::string> defaults = SoftwareConfig::DefaultValues("");
+        for (int id = 0; id < SoftwareConfig::kConfigCount; ++id) {
+            const std::string key = std::string(SoftwareConfig::KeyName(id)) + "=";
+            std::string line = key + defaults[id];
+            for (const std::string& replaced : lines) {
+                line = replaced.compare(0, key.size(), key) == 0 ? replaced : line;
+            }
+            text += line + "\n";
+        }
+        return text;
+    }
+
+    int count(const std::string& what) const
+    {
+        int n = 0;
+        for (size_t at = printed.find(what); at != std::string::npos; at = printed.find(what, at + 1)) {
+            ++n;
+        }
+        return n;
+    }
+
+    std::string settings_file() const { return root.read("/data/oled.ini"); }
+
+    TempRoot root;
+    CollectReplies replies;
+    std::string printed;
+};
+
+}  // namespace
+
+TEST_F(ControlDatagram, EveryKeyReachesItsSettingAndSwitch)
+{
+    ASSERT_TRUE(handle("oled_type=3|led_on=1|oled_str_en=1|oled_string=HELLO|cpu=0|vi=0|ai=0|net=0|time=0|"
+                       "venc=0|temp=0|io=1|sleep=0|logo=1|port=5|sda=1_1|scl=1_2|cs=1_3|dc=1_4|res=1_5|"
+                       "sml_sda=2_1|sml_scl=2_2|vcc=2_3|gnd=2_4|pwr_led=3_1|cpu_led=3_2|eth_led=3_3|"
+                       "hdmi_led=3_4|test=2"));
+    EXPECT_EQ(settings_file(),
+              defaults_with({"OLed_a_kind_start=3", "OLed_a_led_start=1", "OLed_a_small_n_start=1",
+                             "OLed_a_small_n_buf=HELLO", "OLed_a_cpu=0", "OLed_a_vi=0", "OLed_a_ai=0",
+                             "OLed_a_net=0", "OLed_a_start=0", "OLed_a_venc=0", "OLed_a_temp=0", "OLed_a_io=1",
+                             "OLed_a_sleep_tim=0", "OLed_a_logo=1", "OLed_a_gpio_j=5", "OLed_ba_SDINMUX=1_1",
+                             "OLed_ba_SCLKMUX=1_2", "OLed_ba_CS_MUX=1_3", "OLed_ba_DC_MUX=1_4",
+                             "OLed_ba_RES_MUX=1_5", "OLed_sml_SDINMUX=2_1", "OLed_sml_SCLKMUX=2_2",
+                             "OLed_sml_VCCMUX=2_3", "OLed_sml_GNDMUX=2_4", "kLed_pwr_gpio=3_1",
+                             "kLed_cpu_gpio=3_2", "kLed_eth_gpio=3_3", "kLed_hdmi_gpio=3_4"}));
+    EXPECT_EQ(oled_type, 1);  // the panel type waits for the next start
+    EXPECT_TRUE(led_outside && oled_led_on && oled_string_enable && oled_display_io && oled_display_logo);
+    EXPECT_FALSE(oled_display_cpu || oled_display_vi || oled_display_ai || oled_display_ethspeed ||
+                 oled_display_time || oled_display_venc || oled_display_temp);
+    EXPECT_EQ(oled_sleep_time, 0);
+    EXPECT_EQ(led_test, 2);
+    EXPECT_EQ(memcmp(oled_data, "HELLO\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 22), 0);
+    // Saved, re-read and printed once, after all items.
+    EXPECT_EQ(count("[SaveConfig]-246: save config succeed\n[ReadConfig]-221: read_config: /data/oled.ini\n" +
+                    settings_file()),
+              1);
+}
+
+TEST_F(ControlDatagram, UnknownKeysAreReportedAndItemsWithoutValueIgnored)
+{
+    oled_display_cpu = false;
+    ASSERT_TRUE(handle("cpu=1|bogus=3|vi=0"));
+    EXPECT_EQ(count("you send error command\n"), 1);
+    EXPECT_TRUE(oled_display_cpu);
+    EXPECT_FALSE(oled_display_vi);
+    handle("CPU=0|cpu =0|=0|cpu|bogus||oled_string|test|ai=x|temp=");
+    EXPECT_EQ(count("you send error command\n"), 3);
+    EXPECT_TRUE(oled_display_cpu);
+    EXPECT_STREQ(oled_data, "WELCOME\n");
+    EXPECT_EQ(led_test, 0);
+    EXPECT_EQ(settings_file(), defaults_with({"OLed_a_vi=0", "OLed_a_ai=-1", "OLed_a_temp=-1"}));
+}
+
+TEST_F(ControlDatagram, LedSwitchFollowsOnboardOrOutside)
+{
+    led_onboard = true;
+    handle("led_on=0");
+    EXPECT_FALSE(led_outside);
+    EXPECT_TRUE(oled_led_on);
+    led_onboard = false;
+    handle("cpu=1");  // recomputed after every datagram
+    EXPECT_FALSE(oled_led_on);
+}
+
+TEST_F(ControlDatagram, CustomTextIsCutAndStaysTerminated)
+{
+    memset(oled_data, 'X', sizeof(oled_data) - 1);
+    handle("oled_string=ABCDEFGHIJKLMNOPQRSTUVWXYZ");
+    EXPECT_STREQ(oled_data, "ABCDEFGHIJKLMNOPQRSTU");  // 21 bytes, then a terminator
+    EXPECT_EQ(settings_file(), defaults_with({"OLed_a_small_n_buf=ABCDEFGHIJKLMNOPQRSTUVWXYZ"}));
+    // A line break ends a stored text: the file keeps one line per key.
+    handle("oled_string=TWO\nLINES|sda=4_4\r\n");
+    EXPECT_STREQ(oled_data, "TWO");
+    EXPECT_EQ(settings_file(), defaults_with({"OLed_a_small_n_buf=TWO", "OLed_ba_SDINMUX=4_4"}));
+}
+
+TEST_F(ControlDatagram, OnlyTheAddressedBoxObeysAControlledDatagram)
+{
+    const std::string before = settings_file();
+    EXPECT_FALSE(handle("controlled=192.168.1.21|cpu=0"));
+    EXPECT_EQ(printed, "");
+    EXPECT_TRUE(oled_display_cpu);
+    EXPECT_EQ(settings_file(), before);
+    EXPECT_TRUE(handle("controlled=192.168.1.20|cpu=0"));
+    EXPECT_EQ(printed.find("controlled ip 192.168.1.20\n"), 0u);
+    EXPECT_FALSE(oled_display_cpu);
+    // Substring tests: a shorter own address matches, the marker counts
+    // anywhere, an unknown own address matches all, no marker obeys all.
+    EXPECT_TRUE(handle("controlled=192.168.1.20|vi=0", "192.168.1.2"));
+    EXPECT_FALSE(handle("ai=0|xcontrolledx", "10.1.1.1"));
+    EXPECT_TRUE(handle("controlled=10.9.9.9|ai=0", ""));
+    EXPECT_TRUE(handle("temp=0", "10.1.1.1"));
+    EXPECT_FALSE(oled_display_vi || oled_display_ai || oled_display_temp);
+}
+
+TEST_F(ControlDatagram, ReplyReflectsFileBeforeTheChange)
+{
+    const std::string hand_made = "[oled]\r\nOLed_a_cpu=1\n# kept as written\nOLed_a_vi=1";
+    root.write("/data/oled.ini", hand_made);
+    ASSERT_TRUE(handle("cpu=0|replyoled|vi=0|replyoled"));
+    EXPECT_EQ(replies.payloads, std::vector<std::string>(2, "[oled]\n" + hand_made));
+    EXPECT_EQ(settings_file(), defaults_with({"OLed_a_cpu=0", "OLed_a_vi=0"}));
+
+    // A query saves without rewriting the file; without a file the header
+    // goes alone.
+    struct stat before, after;
+    stat(root.host("/data/oled.ini").c_str(), &before);
+    handle("replyoled");
+    stat(root.host("/data/oled.ini").c_str(), &after);
+    EXPECT_EQ(before.st_ino, after.st_ino);
+    EXPECT_EQ(replies.payloads.back(), "[oled]\n" + settings_file());
+    remove(root.host("/data/oled.ini").c_str());
+    handle("replyoled");
+    EXPECT_EQ(replies.payloads.back(), "[oled]\n");
+}
+
+TEST_F(ControlDatagram, RepliesGoToTheSenderOrTheNamedDestination)
+{
+    const std::vector<std::pair<std::string, std::vector<std::string>>> cases = {
+        {"replyoled", {"192.168.1.1:40000"}},
+        {"replyoled=", {"192.168.1.1:40000"}},
+        {"replyoled=10.0.0.5:9000", {"10.0.0.5:9000"}},
+        {"replyoled=10.0.0.5", {"10.0.0.5:40000"}},  // no port: the sender's
+        // A destination holds for the datagram's later bare items.
+        {"replyoled=10.0.0.5:9000|cpu=1|replyoled|replyoled=10.0.0.6:7|replyoled",
+         {"10.0.0.5:9000", "10.0.0.5:9000", "10.0.0.6:7", "10.0.0.6:7"}},
+        {"replyoled=255.255.255.255:9", {"255.255.255.255:9"}},
+        // Sixteen characters are refused; the next bare item goes to the sender.
+        {"replyoled=1255.255.255.255:9|replyoled", {"192.168.1.1:40000"}},
+    };
+    for (const auto& c : cases) {
+        replies.to.clear();
+        ASSERT_TRUE(handle(c.first));
+        EXPECT_EQ(replies.to, c.second) << c.first;
+        EXPECT_EQ(count("longer than 15 characters"), c.first.find("1255.") != std::string::npos) << c.first;
+    }
+    handle("replyoled");  // the next datagram starts from its own sender
+    EXPECT_EQ(replies.to.back(), "192.168.1.1:40000");
+}
+
+TEST_F(ControlDatagram, TextEndsAtTheSizeLimitOrAZeroByte)
+{
+    EXPECT_FALSE(handle("c"));
+    EXPECT_EQ(printed, "");
+    // The limit cuts through the sleep item after "sleep=12"; what follows
+    // the cut never arrives.
+    std::string text = "cpu=0|" + std::string(1009, 'x') + "|sleep=12345|vi=0";
+    ASSERT_EQ(text.substr(1016, 8), "sleep=12");
+    ASSERT_TRUE(handle(text + std::string(2000 - text.size(), 'y')));
+    EXPECT_FALSE(oled_display_cpu);
+    EXPECT_EQ(oled_sleep_time, 12);
+    EXPECT_TRUE(oled_display_vi);
+    ASSERT_TRUE(handle(std::string("ai=0\0vi=0", 9)));
+    EXPECT_FALSE(oled_display_ai);
+    EXPECT_TRUE(oled_display_vi);
+}
