@@ -2,6 +2,7 @@
 
 #include <stdio.h>
 
+#include "file_helpers.h"
 #include "output_files.h"
 #include "soc.h"
 
@@ -42,6 +43,10 @@ LedBoard::LedBoard(const BoxSettings& box)
         led.key = SoftwareConfig::KeyName(id);
         led.pin_text = box.get(id);
         led.wired = parse_pin(led.pin_text, &led.group, &led.bit);
+        // Each set has its own "on" level: LEDs wired active-high and
+        // active-low are both served.
+        const bool onboard = id == C::kLed_eth_onboard || id == C::kLed_cpu_onboard || id == C::kLed_hdmi_onboard;
+        led.lit_when_high = str2int(box.get(onboard ? C::kLed_onboard_value : C::kLed_outside_value)) != 0;
         leds_.push_back(led);
     }
 }
@@ -53,10 +58,14 @@ std::string LedBoard::json() const
     for (size_t i = 0; i < leds_.size(); ++i) {
         const Led& led = leds_[i];
         std::string level = "null";
+        std::string on = "null";
         if (led.wired && soc.is_output(led.group, led.bit)) {
-            level = soc.level(led.group, led.bit) != 0 ? "1" : "0";
+            const bool high = soc.level(led.group, led.bit) != 0;
+            level = high ? "1" : "0";
+            on = high == led.lit_when_high ? "true" : "false";
         }
-        out += "  " + json_string(led.key) + ": {\"pin\": " + json_string(led.pin_text) + ", \"level\": " + level + "}";
+        out += "  " + json_string(led.key) + ": {\"pin\": " + json_string(led.pin_text) + ", \"level\": " + level +
+               ", \"on\": " + on + "}";
         out += i + 1 < leds_.size() ? ",\n" : "\n";
     }
     return out + "}\n";

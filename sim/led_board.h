@@ -14,8 +14,9 @@ public:
     explicit LedBoard(const BoxSettings& box);
 
     // The content of leds.json: an object keyed by the LED settings, each
-    // {"pin": text as configured, "level": 0 or 1, or null while the pin is
-    // not a GPIO output or the text names no pin}.
+    // {"pin": text as configured, "level": 0 or 1, "on": whether the LED is
+    // lit by its set's on-level; level and on are null while the pin is not
+    // a GPIO output or the text names no pin}.
     std::string json() const;
 
 private:
@@ -23,6 +24,7 @@ private:
         std::string key;
         std::string pin_text;
         bool wired;
+        bool lit_when_high;
         int group;
         int bit;
     };

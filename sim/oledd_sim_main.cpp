@@ -15,6 +15,7 @@
 #include "box_settings.h"
 #include "led_board.h"
 #include "output_files.h"
+#include "sim_priority.h"
 #include "panel_outputs.h"
 #include "soc.h"
 #include "startup.h"
@@ -43,6 +44,8 @@ void usage(FILE* to)
             "  --switch 0|1 level of the mode switch input (default 1; the\n"
             "               daemon takes 0 as the video input ports, 1 as HDMI)\n"
             "  --trace FILE every register write as a line \"ADDR VALUE\" in hex\n"
+            "  --realtime   keep the daemon's real-time FIFO threads (by default\n"
+            "               they run at normal priority so the host stays responsive)\n"
             "  --help       this text\n");
 }
 
@@ -64,6 +67,7 @@ bool make_folders(const std::string& path)
 int main(int argc, char** argv)
 {
     std::string root;
+    bool realtime = false;
     std::string out;
     std::string trace;
     int switch_level = 1;
@@ -72,6 +76,8 @@ int main(int argc, char** argv)
         if (arg == "--help" || arg == "-h") {
             usage(stdout);
             return 0;
+        } else if (arg == "--realtime") {
+            realtime = true;
         } else if (arg == "--root" && i + 1 < argc) {
             root = argv[++i];
         } else if (arg == "--out" && i + 1 < argc) {
@@ -140,6 +146,9 @@ int main(int argc, char** argv)
     if (!out.empty()) {
         OutputFiles::instance().start();
         atexit(write_outputs_at_exit);
+    }
+    if (!realtime) {
+        drop_realtime_privilege();
     }
     return oled_main();
 }

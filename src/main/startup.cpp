@@ -8,9 +8,12 @@
 #include "board_identity.h"
 #include "control_server.h"
 #include "pin_setup.h"
+#include "create_thread.h"
 #include "runtime_settings.h"
+#include "screen_loops.h"
 #include "singleton.h"
 #include "software_config.h"
+#include "trace.h"
 
 void HandleSig(int sig)
 {
@@ -42,6 +45,23 @@ int oled_main()
 
     init_argumnt();
     oled_gpio_init();
+
+    // Workers: real-time FIFO at priority 10, detached. A thread that does
+    // not start is reported and the others go on.
+    const int kPriority = 10;
+    const int kFifo = 1;
+    if (oled_type == 0 && CreateThread(oled_big_loop, kPriority, kFifo, 1, nullptr) == 0) {
+        trace_prefix("main", 1240);
+        puts("pthread_create() faile d: oled_big_loop");
+    }
+    if ((oled_type & ~2) != 0 && CreateThread(oled_small_loop, kPriority, kFifo, 1, nullptr) == 0) {
+        trace_prefix("main", 1248);
+        puts("pthread_create() failed: oled_small_loop");
+    }
+    if (oled_led_on && CreateThread(oled_led_loop, kPriority, kFifo, 1, nullptr) == 0) {
+        trace_prefix("main", 1256);
+        puts("pthread_create() failed: eth_tid_led");
+    }
 
     // The port is fixed: the stored port keys do not choose it.
     oled_ump(16124);

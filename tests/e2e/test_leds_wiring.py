@@ -20,7 +20,9 @@ class LedsWiring(E2ETest):
     def test_small_panel_pins_are_routed_and_leds_show_their_pins(self):
         box = self.box(board="BRD25", files={"/data/oled.ini": "".join("%s=%s\n" % (k, v[0]) for k, v in LEDS.items())})
         box.start("--trace", box.out + "/trace.txt", "--switch", "0")
-        expected = {key: {"pin": pin, "level": level} for key, (pin, level) in LEDS.items()}
+        # Both sets are lit by a low level (the default on-levels are 0).
+        expected = {key: {"pin": pin, "level": level, "on": None if level is None else level == 0}
+                    for key, (pin, level) in LEDS.items()}
         leds = lambda: json.load(open(box.out + "/leds.json")) if os.path.exists(box.out + "/leds.json") else None
         deadline = time.time() + 10
         while leds() != expected and time.time() < deadline:

@@ -23,18 +23,26 @@ BoxSettings led_box(const char* switch_pin)
     box.values[C::kLed_pwr_gpio] = "30_1";
     box.values[C::kLed_hdmi_onboard] = "a\"\\b";
     box.values[C::kSwitch_gpio] = switch_pin;
+    box.values[C::kLed_outside_value] = "1";
     return box;
+}
+
+// The outside set is lit by a high level here (kLed_outside_value 1).
+std::string led_state(const char* level)
+{
+    const std::string on = std::string(level) == "null" ? "null" : (std::string(level) == "1" ? "true" : "false");
+    return std::string(level) + ", \"on\": " + on;
 }
 
 std::string leds_json(const char* eth, const char* cpu)
 {
-    return std::string("{\n  \"kLed_eth_gpio\": {\"pin\": \"5_3\", \"level\": ") + eth +
-           "},\n  \"kLed_cpu_gpio\": {\"pin\": \"12_0\", \"level\": " + cpu +
-           "},\n  \"kLed_hdmi_gpio\": {\"pin\": \"7\", \"level\": null},\n"
-           "  \"kLed_pwr_gpio\": {\"pin\": \"30_1\", \"level\": null},\n"
-           "  \"kLed_eth_onboard\": {\"pin\": \"0\", \"level\": null},\n"
-           "  \"kLed_cpu_onboard\": {\"pin\": \"0\", \"level\": null},\n"
-           "  \"kLed_hdmi_onboard\": {\"pin\": \"a\\\"\\\\b\", \"level\": null}\n}\n";
+    return std::string("{\n  \"kLed_eth_gpio\": {\"pin\": \"5_3\", \"level\": ") + led_state(eth) +
+           "},\n  \"kLed_cpu_gpio\": {\"pin\": \"12_0\", \"level\": " + led_state(cpu) +
+           "},\n  \"kLed_hdmi_gpio\": {\"pin\": \"7\", \"level\": null, \"on\": null},\n"
+           "  \"kLed_pwr_gpio\": {\"pin\": \"30_1\", \"level\": null, \"on\": null},\n"
+           "  \"kLed_eth_onboard\": {\"pin\": \"0\", \"level\": null, \"on\": null},\n"
+           "  \"kLed_cpu_onboard\": {\"pin\": \"0\", \"level\": null, \"on\": null},\n"
+           "  \"kLed_hdmi_onboard\": {\"pin\": \"a\\\"\\\\b\", \"level\": null, \"on\": null}\n}\n";
 }
 
 }  // namespace

@@ -22,4 +22,7 @@ bool parse_pgm(const std::string& bytes, GreyImage* image, std::string* error);
 // with a pixel lit when its level is above zero.
 std::string render_half_blocks(const GreyImage& image, bool plain);
 
+// One line with the level of each LED in the simulator's leds.json.
+std::string render_led_line(const std::string& json);
+
 #endif

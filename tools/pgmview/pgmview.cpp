@@ -14,13 +14,14 @@ namespace {
 void usage(FILE* to)
 {
     fprintf(to,
-            "usage: pgmview [--follow] [--plain] FILE\n"
+            "usage: pgmview [--follow] [--plain] [--leds LEDS.json] FILE\n"
             "\n"
             "Prints a binary PGM (the simulator's panel.pgm) in the terminal, two\n"
             "pixel rows per line in half-block characters, in greys.\n"
             "\n"
             "  --follow  redraw whenever the file is replaced, until interrupted\n"
             "  --plain   no colours: a pixel is lit when its level is above zero\n"
+            "  --leds F  also show the LEDs of the simulator's leds.json under the panel\n"
             "  --help    this text\n");
 }
 
@@ -34,8 +35,9 @@ bool read_file(const std::string& path, std::string* bytes)
     return true;
 }
 
-// Prints the file once; false with a message on stderr when it cannot.
-bool show(const std::string& path, bool plain, bool clear_first)
+// Prints the file once (and the LED line when leds is set); false with a
+// message on stderr when it cannot.
+bool show(const std::string& path, bool plain, bool clear_first, const std::string& leds)
 {
     std::string bytes;
     if (!read_file(path, &bytes)) {
@@ -53,6 +55,11 @@ bool show(const std::string& path, bool plain, bool clear_first)
         fputs("\x1b[H\x1b[2J", stdout);
     }
     fwrite(text.data(), 1, text.size(), stdout);
+    std::string led_json;
+    if (!leds.empty() && read_file(leds, &led_json)) {
+        const std::string line = render_led_line(led_json);
+        fwrite(line.data(), 1, line.size(), stdout);
+    }
     fflush(stdout);
     return true;
 }
@@ -76,6 +83,7 @@ int main(int argc, char** argv)
     bool follow = false;
     bool plain = false;
     std::string path;
+    std::string leds;
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
         if (arg == "--help" || arg == "-h") {
@@ -85,6 +93,8 @@ int main(int argc, char** argv)
             follow = true;
         } else if (arg == "--plain") {
             plain = true;
+        } else if (arg == "--leds" && i + 1 < argc) {
+            leds = argv[++i];
         } else if (!arg.empty() && arg[0] != '-' && path.empty()) {
             path = arg;
         } else {
@@ -99,13 +109,13 @@ int main(int argc, char** argv)
         return 2;
     }
     if (!follow) {
-        return show(path, plain, false) ? 0 : 1;
+        return show(path, plain, false, leds) ? 0 : 1;
     }
     std::string shown;
     for (;;) {
-        const std::string version = version_of(path);
-        if (!version.empty() && version != shown) {
-            show(path, plain, true);
+        const std::string version = version_of(path) + "|" + version_of(leds);
+        if (version[0] != '|' && version != shown) {
+            show(path, plain, true, leds);
             shown = version;
         }
         const timespec pause = {0, 100 * 1000 * 1000};

@@ -1,0 +1,102 @@
+#include <stdio.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "loop_pause.h"
+#include "interface_tables.h"
+#include "oled_ba_master.h"
+#include "probe_text.h"
+#include "probes.h"
+#include "runtime_settings.h"
+#include "screen_loops.h"
+#include "singleton.h"
+
+namespace {
+
+typedef std::string (*Probe)();
+
+// The status band under the address: 240 x 23 pixels from row 45.
+const unsigned char kBandTop = 45;
+
+// Set when a pass drew a status line or paused; a pass that did neither
+// waits briefly instead of going round at once.
+bool g_busy = false;
+
+void hold()
+{
+    if (oled_sleep_time > 0) {
+        sleep(static_cast<unsigned int>(oled_sleep_time));
+        g_busy = true;
+    }
+}
+
+void show_in_band(OLEDBaMaster& big, const std::string& text)
+{
+    g_busy = true;
+    big.ShowOLEDFill_big(0, kBandTop, 240, 23, 0);
+    big.ShowOLEDSmallString(2, kBandTop, reinterpret_cast<unsigned char*>(const_cast<char*>(text.c_str())),
+                            static_cast<unsigned char>(text.size() > 255 ? 255 : text.size()));
+    hold();
+}
+
+void show_probe(OLEDBaMaster& big, bool enabled, Probe probe, size_t more_than)
+{
+    if (!enabled) {
+        return;
+    }
+    const std::string text = probe_text(probe);
+    if (text.size() > more_than) {
+        show_in_band(big, text);
+    }
+}
+
+void show_address(OLEDBaMaster& big)
+{
+    getIp();
+    // The big-digit routine pads its buffer in place to the drawn length:
+    // give it a copy, not the shared address table.
+    char address[sizeof(g_ip[0]) + 1] = {0};
+    const char* entry = strcmp(g_ip[0], loip) != 0 ? g_ip[0] : g_ip[1];
+    memcpy(address, entry, sizeof(g_ip[0]));
+    big.ShowOLEDString_big(1, 0, reinterpret_cast<unsigned char*>(address), 15);
+}
+
+}  // namespace
+
+void* oled_big_loop(void*)
+{
+    puts("oled_big_loop");
+    std::shared_ptr<OLEDBaMaster> big = Singleton<OLEDBaMaster>::instance();
+    big->InitOLED_big();
+    big->ShowOLEDFill_big(0, 0, 256, 64, 0);
+    big->WriteCmdOLED(0xAF);
+    sleep(8);
+    if (oled_display_logo) {
+        big->big_oled_show_logo();
+    }
+
+    while (thread_big_loop) {
+        g_busy = false;
+        show_address(*big);
+        if (oled_string_enable) {
+            show_in_band(*big, std::string(oled_data, strnlen(oled_data, sizeof(oled_data))));
+        } else if (!(oled_display_cpu || oled_display_vi || oled_display_ai || oled_display_venc ||
+                     oled_display_ethspeed || oled_display_time)) {
+            hold();  // the temperature switch is not part of this test, as on the box
+        }
+        show_probe(*big, oled_display_cpu, CheckCpuFile, 4);
+        show_probe(*big, oled_display_vi, CheckViFile, 2);
+        show_probe(*big, oled_display_ai, CheckAiFile, 0);
+        show_probe(*big, oled_display_venc, CheckVencFile, 0);
+        show_probe(*big, oled_display_ethspeed, CheckEthspeedFile, 0);
+        show_probe(*big, oled_display_temp, CheckTemperature, 4);
+        show_probe(*big, oled_display_time, CheckTimeFile, 3);
+        if (!g_busy) {
+            usleep(kIdlePassMicroseconds);
+        }
+    }
+    puts("oled_big_loop end");
+    return nullptr;
+}

@@ -1,0 +1,237 @@
+#include <stdio.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "board_defaults.h"
+#include "loop_pause.h"
+#include "interface_tables.h"
+#include "oled_master.h"
+#include "probe_text.h"
+#include "probes.h"
+#include "runtime_settings.h"
+#include "screen_loops.h"
+#include "singleton.h"
+
+namespace {
+
+typedef std::string (*Probe)();
+
+// A text of the loop's own, cut to what one draw call takes.
+unsigned char length_of(const std::string& text)
+{
+    return static_cast<unsigned char>(text.size() > 255 ? 255 : text.size());
+}
+
+unsigned char* bytes_of(const std::string& text)
+{
+    return reinterpret_cast<unsigned char*>(const_cast<char*>(text.c_str()));
+}
+
+class SmallScreen {
+public:
+    explicit SmallScreen(const std::shared_ptr<OLEDMaster>& oled) : oled_(oled), busy_(false) {}
+
+    void pass();
+
+private:
+    enum LayoutAStart { kFromCustomText, kFromCpu, kFromVideoInput, kFromTop };
+
+    void show_address();
+    void layout_a(LayoutAStart start);
+    bool layout_a_item(bool enabled, const std::string& text, size_t more_than);
+    void layout_b();
+    void layout_b_item(bool enabled, Probe probe, size_t more_than, bool icons);
+    void hold();
+
+    std::shared_ptr<OLEDMaster> oled_;
+    char last_address_[24] = {0};
+    int counter_ = 0;
+    int row_ = 4;
+    bool busy_;  // the pass drew a status line or paused
+};
+
+void SmallScreen::hold()
+{
+    if (oled_sleep_time > 0) {
+        sleep(static_cast<unsigned int>(oled_sleep_time));
+        busy_ = true;
+    }
+}
+
+void SmallScreen::show_address()
+{
+    getIp();
+    const char* address = strcmp(g_ip[0], loip) == 0 ? g_ip[1] : g_ip[0];
+    if (strncmp(address, last_address_, sizeof(last_address_)) == 0) {
+        return;
+    }
+    oled_->ShowOLEDClear(0, 2);
+    oled_->ShowOLEDString(2, 0, reinterpret_cast<unsigned char*>(const_cast<char*>(address)),
+                          static_cast<unsigned char>(strnlen(address, sizeof(g_ip[0]))));
+    snprintf(last_address_, sizeof(last_address_), "%s", address);
+    puts(last_address_);
+}
+
+bool SmallScreen::layout_a_item(bool enabled, const std::string& text, size_t more_than)
+{
+    if (!enabled || text.size() <= more_than) {
+        return false;
+    }
+    oled_->ShowOLEDClear(2, 8);
+    oled_->ShowOLEDSmallString(1, 3, bytes_of(text), length_of(text));
+    busy_ = true;
+    hold();
+    return true;
+}
+
+// One status line per screen (the old panel). The uptime comes last and
+// ends the pass.
+void SmallScreen::layout_a(LayoutAStart start)
+{
+    if (start <= kFromCustomText && oled_string_enable) {
+        const std::string custom(oled_data, strnlen(oled_data, sizeof(oled_data)));
+        oled_->ShowOLEDClear(2, 8);
+        oled_->ShowOLEDSmallString(1, 3, bytes_of(custom), length_of(custom));
+        busy_ = true;
+        hold();
+    }
+    if (start <= kFromCpu && oled_display_cpu) {
+        layout_a_item(true, probe_text(CheckCpuFile), 4);
+    }
+    if (oled_display_vi) {
+        layout_a_item(true, probe_text(CheckViFile), 3);
+        if (board_has_second_input()) {
+            layout_a_item(oled_display_vi, probe_text(CheckVi1File), 3);
+        }
+    }
+    if (oled_display_ai) {
+        layout_a_item(true, probe_text(CheckAiFile), 3);
+    }
+    if (oled_display_venc) {
+        layout_a_item(true, probe_text(CheckVencFile), 3);
+    }
+    if (oled_display_ethspeed) {
+        layout_a_item(true, probe_text(CheckEthspeedFile), 0);
+    }
+    if (oled_display_temp) {
+        layout_a_item(true, probe_text(CheckTemperature), 4);
+    }
+    if (oled_display_time) {
+        layout_a_item(true, probe_text(CheckTimeFile), 3);
+    }
+}
+
+void SmallScreen::layout_b_item(bool enabled, Probe probe, size_t more_than, bool icons)
+{
+    if (!enabled) {
+        return;
+    }
+    const std::string text = probe_text(probe);
+    if (text.size() <= more_than) {
+        return;
+    }
+    busy_ = true;
+    if (icons) {
+        oled_->ShowOLEDCustom(4, static_cast<unsigned char>(row_), bytes_of(text), length_of(text));
+    } else {
+        oled_->ShowOLEDSmallString(4, static_cast<unsigned char>(row_), bytes_of(text), length_of(text));
+    }
+    if (row_ == 4) {
+        row_ = 6;
+    } else {
+        hold();
+        oled_->ShowOLEDClear(2, 8);
+        row_ = 4;
+    }
+}
+
+// Two status lines per screen (every panel but the old one); the custom
+// text comes last.
+void SmallScreen::layout_b()
+{
+    if (static_cast<unsigned int>(oled_type - 3) > 3) {
+        return;  // no two-line layout for this kind
+    }
+    oled_->ShowOLEDClear(2, 8);
+    row_ = 4;
+    layout_b_item(oled_display_cpu, CheckCpuFile, 4, false);
+    layout_b_item(oled_display_time, CheckTimeFile, 3, false);
+    layout_b_item(oled_display_vi, CheckViFile, 3, false);
+    layout_b_item(oled_display_vi && board_has_second_input(), CheckVi1File, 3, false);
+    layout_b_item(oled_display_ai, CheckAiFile, 3, false);
+    layout_b_item(oled_display_temp, CheckTemperature, 4, false);
+    layout_b_item(oled_display_ethspeed, CheckEthspeedFile, 0, false);
+    layout_b_item(oled_display_venc, CheckVencFile, 3, false);
+    layout_b_item(oled_display_io, CheckIOFile, 3, true);
+    layout_b_item(oled_display_io, CheckIO1File, 3, true);
+
+    if (oled_string_enable) {
+        const std::string custom(oled_data, strnlen(oled_data, sizeof(oled_data)));
+        oled_->ShowOLEDSmallString(4, static_cast<unsigned char>(row_), bytes_of(custom), length_of(custom));
+        busy_ = true;
+        hold();
+        if (row_ == 6) {
+            oled_->ShowOLEDClear(2, 8);
+        }
+    } else if (row_ == 6) {
+        hold();  // the first slot alone stays up for one period
+    }
+}
+
+void SmallScreen::pass()
+{
+    busy_ = false;
+    if (oled_type == 1) {
+        // The old panel loses its set-up now and then: bring it back.
+        if (counter_ > 10) {
+            oled_->InitOLED();
+            last_address_[0] = '\0';
+            counter_ = 1;
+        } else {
+            ++counter_;
+        }
+    }
+    show_address();
+
+    const bool old_panel = oled_type == 1;
+    if (oled_string_enable) {
+        old_panel ? layout_a(kFromCustomText) : layout_b();
+    } else if (oled_display_cpu) {
+        old_panel ? layout_a(kFromCpu) : layout_b();
+    } else if (oled_display_vi || oled_display_ai || oled_display_venc || oled_display_ethspeed ||
+               oled_display_time || oled_display_io) {
+        old_panel ? layout_a(kFromVideoInput) : layout_b();
+    } else {
+        hold();
+        old_panel ? layout_a(kFromTop) : layout_b();
+    }
+    if (!busy_) {
+        usleep(kIdlePassMicroseconds);
+    }
+}
+
+}  // namespace
+
+void* oled_small_loop(void*)
+{
+    puts("oled_small_loop");
+    sleep(5);
+    std::shared_ptr<OLEDMaster> oled = Singleton<OLEDMaster>::instance();
+    oled->InitOLED();
+    if (oled_type == 1) {
+        sleep(5);  // the old panel needs a second initialisation
+        oled->InitOLED();
+    }
+    {
+        SmallScreen screen(oled);
+        while (thread_small_loop) {
+            screen.pass();
+        }
+    }
+    puts("oled_small_loop end");
+    oled->ShowOLEDClear(0, 8);
+    oled->WriteByteOLED(0xAE, 0x00);
+    return nullptr;
+}

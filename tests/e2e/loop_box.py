@@ -1,0 +1,78 @@
+"""A simulated box with status pages, for the tests of the screen and LED
+loops: settings from the canonical defaults with chosen changes, a fixed
+CPU load and temperature, an address on eth0 and a peer to send from."""
+
+import socket
+import time
+
+from harness import E2ETest, Netns, link
+from test_startup import CANONICAL_DEFAULTS
+
+BOX = "192.168.1.20"
+PORT = 16124
+
+# The stand-in tools run in ROOT/home/public: the box's /tmp is ../../tmp.
+IOSTAT = """#!/bin/sh
+printf 'Linux 4.9.37 (box) \\t11/22/26 \\t_armv7l_\\t(2 CPU)\\n\\n'
+printf 'avg-cpu:  %%user   %%nice %%system %%iowait  %%steal   %%idle\\n'
+printf '           %s    0.00    1.20    0.05    0.00   95.23\\n\\n' "$(cat ../../tmp/load 2>/dev/null || echo 3.52)"
+"""
+
+
+def settings(**changes):
+    lines = []
+    for line in CANONICAL_DEFAULTS.splitlines():
+        key = line.split("=")[0]
+        lines.append("%s=%s" % (key, changes[key]) if key in changes else line)
+    return "\n".join(lines) + "\n"
+
+
+class LoopTest(E2ETest):
+    def setUp(self):
+        super().setUp()
+        self.peer = Netns("peer")
+        self.addCleanup(self.peer.close)
+        link(self.netns, "eth0", BOX + "/24", self.peer, "veth0", ["192.168.1.1/24"])
+        self.tool = self.peer.udp_socket()
+        self.addCleanup(self.tool.close)
+
+    def start_box(self, extra_files=None, args=(), **changes):
+        files = {
+            "/data/oled.ini": settings(**changes),
+            "/bin/iostat": IOSTAT,
+            "/home/public/get_temperature": "#!/bin/sh\necho 47\n",
+            "/tmp/vi0": "VI0:1920x1080@60\n",
+            "/sys/class/net/eth0/carrier": "1\n",
+            "/sys/class/net/eth0/speed": "1000\n",
+        }
+        files.update(extra_files or {})
+        self.sim = self.box(files=files)
+        self.sim.write("/bin/iostat", IOSTAT, mode=0o755)
+        self.sim.write("/home/public/get_temperature", files["/home/public/get_temperature"], mode=0o755)
+        self.sim.start(*args)
+        self.sim.wait_for("save config succeed")
+        return self.sim
+
+    def send(self, text):
+        self.tool.sendto(text.encode(), (BOX, PORT))
+
+    def wait_until(self, check, timeout, what):
+        deadline = time.time() + timeout
+        while time.time() < deadline:
+            try:
+                if check():
+                    return
+            except (OSError, ValueError, IndexError):
+                pass  # a file caught between two versions
+            time.sleep(0.05)
+        self.fail("not seen within %ss: %s" % (timeout, what))
+
+    def never_within(self, check, seconds, what):
+        deadline = time.time() + seconds
+        while time.time() < deadline:
+            try:
+                if check():
+                    self.fail("seen, but should not be: %s" % what)
+            except (OSError, ValueError, IndexError):
+                pass
+            time.sleep(0.05)
