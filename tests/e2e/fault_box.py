@@ -75,6 +75,11 @@ class Process:
         with open("/proc/%d/%s" % (self.pid, name)) as f:
             return f.read()
 
+    def sanitized(self):
+        """Whether the daemon runs with AddressSanitizer, whose quarantine
+        keeps freed memory resident on purpose."""
+        return "asan" in self._read("maps")
+
     def rss_kb(self):
         return int(re.search(r"VmRSS:\s+(\d+)", self._read("status")).group(1))
 
@@ -117,6 +122,16 @@ class Process:
             if int(fields[1].split(":")[1], 16) == port:
                 return int(fields[4].split(":")[1], 16), int(fields[-1])
         return 0, 0
+
+    def lasting_descriptors(self, seconds=1.0):
+        """The descriptors open all through a while: those the probes open
+        for a moment are left out."""
+        lasting = set(self.descriptors())
+        deadline = time.time() + seconds
+        while time.time() < deadline:
+            lasting &= set(self.descriptors())
+            time.sleep(0.003)
+        return sorted(lasting)
 
     def quiet(self, descriptors, timeout=10.0):
         """Waits for a moment when the probes have no shell and no file
@@ -173,14 +188,16 @@ class FaultTest(E2ETest):
         tag = "%s:settle-%d" % (BOX, self.settles)
         deadline = time.time() + timeout
         start = len(self.sim.output())
+        wait = 0.02  # short at first: a restarted server is up within ms
         while True:
             self.send("controlled=%s|replyoled" % tag)
             try:
-                at = self.sim.wait_for("controlled ip " + tag, timeout=0.5, after=start)
+                at = self.sim.wait_for("controlled ip " + tag, timeout=wait, after=start)
                 break
             except AssertionError:
                 if time.time() > deadline or self.sim.proc.poll() is not None:
                     raise
+                wait = min(0.5, wait * 2)
         self.sim.wait_for(SAVED, after=at)
         reply = None
         self.tool.settimeout(3.0)

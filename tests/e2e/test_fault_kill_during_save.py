@@ -2,7 +2,7 @@
 the settings file is always a complete old or new version, never torn or
 empty, and the daemon restarts on it.
 
-OLEDD_KILL_TRIALS=N sets the number of trials (default 200); the loop also
+OLEDD_KILL_TRIALS=N sets the number of trials (default 300); the loop also
 stops after OLEDD_KILL_SECONDS (default 60)."""
 
 import os
@@ -13,7 +13,7 @@ import time
 from fault_box import FaultTest, settings_text, whole_settings
 from harness import main
 
-TRIALS = int(os.environ.get("OLEDD_KILL_TRIALS", "200"))
+TRIALS = int(os.environ.get("OLEDD_KILL_TRIALS", "300"))
 SECONDS = float(os.environ.get("OLEDD_KILL_SECONDS", "60"))
 # No screen: the box restarts at once. The LED loop runs.
 SETTINGS = {"OLed_a_kind_start": "2", "OLed_a_led_start": "1", "kLed_cpu_gpio": "5_1"}

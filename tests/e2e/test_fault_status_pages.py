@@ -74,7 +74,13 @@ def write_in_place(host, content, mode):
 
 
 class StatusPages(FaultTest):
-    def change_pages(self, stop, rng):
+    def change_pages(self, stop, rng, done):
+        try:
+            self.change_pages_until(stop, rng, done)
+        except Exception as e:  # the test fails on it after the soak
+            done["error"] = e
+
+    def change_pages_until(self, stop, rng, done):
         root = self.sim.root
         while not stop.is_set():
             path = rng.choice(PAGES + TOOLS)
@@ -85,27 +91,29 @@ class StatusPages(FaultTest):
                 content, mode = page_variant(rng, path), 0o644
             if os.path.isdir(host):
                 shutil.rmtree(host, ignore_errors=True)
-            if content is None:
+            if content is None or rng.randrange(20) == 0:
                 try:
                     os.unlink(host)
                 except FileNotFoundError:
                     pass
-            elif rng.randrange(20) == 0:
-                os.makedirs(host, exist_ok=True)  # a folder where the page was
+                if content is not None:
+                    os.makedirs(host)  # a folder where the page was
             else:
                 write_in_place(host, content, mode)
+            done["changes"] += 1
             time.sleep(rng.uniform(0.005, 0.05))
 
     def test_daemon_survives_changing_status_pages(self):
         # The big panel's loop and the LED loop together call every probe.
         self.start_box({"OLed_a_kind_start": "0", "OLed_a_sleep_tim": "0", "OLed_a_led_start": "1",
                         "kLed_cpu_gpio": "5_1", "kLed_eth_gpio": "5_0", "kLed_hdmi_gpio": "5_2"})
-        descriptors = self.process.descriptors()
+        descriptors = self.process.lasting_descriptors()
         self.assertIsNone(self.process.quiet(descriptors))
         threads = self.process.threads()
 
         stop = threading.Event()
-        changer = threading.Thread(target=self.change_pages, args=(stop, random.Random(5)))
+        done = {"changes": 0}
+        changer = threading.Thread(target=self.change_pages, args=(stop, random.Random(5), done))
         changer.start()
         self.addCleanup(changer.join)
         self.addCleanup(stop.set)
@@ -119,7 +127,8 @@ class StatusPages(FaultTest):
             time.sleep(0.5)
         stop.set()
         changer.join()
-        print("%d queries answered during %.0f s" % (answered, SECONDS))
+        self.assertNotIn("error", done)
+        print("%d pages changed, %d queries answered during %.0f s" % (done["changes"], answered, SECONDS))
 
         # Good pages again: nothing of the soak stays open or running.
         for path in PAGES + TOOLS:
