@@ -48,7 +48,7 @@ else
 fi
 
 row() {  # measure, ours, baseline, unit/notes
-  printf '| %-46s | %14s | %14s | %s |\n' "$1" "$2" "$3" "$4"
+  printf '| %-52s | %10s | %10s | %s |\n' "$1" "$2" "$3" "$4"
 }
 ratio() { awk -v a="$1" -v b="$2" 'BEGIN { if (a > 0) printf "%.1fx", b / a; else print "-" }'; }
 
@@ -83,11 +83,11 @@ echo
 echo "Benchmarks, $(date -u '+%Y-%m-%d %H:%M UTC'), $(nproc) cores, $(uname -m); bench/report.sh $*"
 echo
 row "measure" "ours" "baseline" "baseline is"
-row "----------------------------------------------" "--------------" "--------------" "-----------"
+row "----" "----" "--------" "-----------"
 row "paced register write, ns" "$paced" "$spin" "the bare 1 us pacing spin ($(ratio "$spin" "$paced") of it)"
 while IFS='|' read -r what floor bus; do
   row "$what, bus time s" "$bus" "$floor" "1 us per register write ($(ratio "$floor" "$bus") of it)"
-done < <(sed -E 's/^(.*[^ ]) +[0-9]+ writes +floor +([0-9.]+) s .*\(bus +([0-9.]+) s .*/\1|\2|\3/' <<< "$panels")
+done < <(sed -nE 's/^(.*[^ ]) +[0-9]+ writes +floor +([0-9.]+) s .*\(bus +([0-9.]+) s .*/\1|\2|\3/p' <<< "$panels")
 for set in led screen; do
   ours="$(probe_field in-process "$set" 7)"; base="$(probe_field literal "$set" 7)"
   row "probe CPU per call, $set set, us" "$ours" "$base" "every probe through the shell ($(ratio "$ours" "$base") ours)"
