@@ -42,7 +42,7 @@ build build -- bench_pacing bench_panels bench_probes bench_control bench_contro
 build build-literal -DOLEDD_LITERAL_SHELL=ON -- oledd-sim
 arm=1
 if command -v arm-linux-gnueabihf-g++ > /dev/null; then
-  build build-arm -DCMAKE_TOOLCHAIN_FILE=cmake/arm-linux-gnueabihf.cmake -DOLEDD_HOST_TOOLS=OFF -DOLEDD_TESTS=OFF -- oledd
+  build build-arm -DCMAKE_TOOLCHAIN_FILE=cmake/arm-linux-gnueabihf.cmake -DOLEDD_HOST_TOOLS=OFF -- oledd
 else
   arm=0
 fi

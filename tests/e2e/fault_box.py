@@ -4,7 +4,6 @@ fixture box, the loops running, and the daemon's process watched through
 /proc (memory, descriptors, children, threads, socket queue)."""
 
 import os
-import random
 import re
 import shutil
 import socket
@@ -219,21 +218,3 @@ class FaultTest(E2ETest):
         self.assertIsNone(self.sim.proc.poll(), "the daemon died")
         reply = self.settle()
         self.assertEqual(reply, b"[oled]\n" + self.assert_whole_file())
-
-
-def noise(rng, size):
-    return bytes(rng.randrange(256) for _ in range(size))
-
-
-def random_choice_weighted(rng, table):
-    """One of the (weight, value) pairs' values, by weight."""
-    pick = rng.uniform(0, sum(w for w, _ in table))
-    for weight, value in table:
-        pick -= weight
-        if pick <= 0:
-            return value
-    return table[-1][1]
-
-
-__all__ = ["BOX", "PEER", "PORT", "GROUP", "SAVED", "KEYS", "FaultTest", "Process", "QuietSimBox", "noise",
-           "random", "random_choice_weighted", "settings_text", "whole_settings"]

@@ -7,7 +7,6 @@ OLEDD_SOAK_SECONDS=N sets the length of the soak (default 40)."""
 import os
 import random
 import shutil
-import socket
 import threading
 import time
 
