@@ -1,0 +1,153 @@
+"""oledctl against simulated boxes on one Ethernet segment: a bridge in a
+namespace of its own, the operator's PC and each box in theirs."""
+
+import json
+import time
+
+from harness import E2ETest, Listener, Netns, Segment, main, run_tool
+
+OPERATOR = "10.0.0.100"
+
+
+class OperatorTool(E2ETest):
+    def setUp(self):
+        super().setUp()  # self.netns is the operator's PC
+        self.segment = Segment()
+        self.addCleanup(self.segment.close)
+        self.segment.attach(self.netns, "eth0", OPERATOR + "/24")
+
+    def station(self, addr):
+        """A namespace on the segment whose eth0 has addr."""
+        ns = Netns("box")
+        self.addCleanup(ns.close)
+        self.segment.attach(ns, "eth0", addr + "/24")
+        return ns
+
+    def serving_box(self, addr, files=None):
+        box = self.box(netns=self.station(addr), files=files)
+        box.start()
+        box.wait_for("save config succeed")
+        deadline = time.time() + 15
+        while time.time() < deadline:
+            if self.oledctl("get", "--box", addr, "--timeout", "0.3").returncode == 0:
+                return box
+        self.fail("box %s never answered:\n%s" % (addr, "\n".join(box.output()[-20:])))
+
+    def oledctl(self, *args):
+        return run_tool(self.netns, "oledctl", *args)
+
+    def wait_for_setting(self, box, line, timeout=5.0):
+        deadline = time.time() + timeout
+        while time.time() < deadline:
+            if line in box.read("/data/oled.ini").splitlines():
+                return
+            time.sleep(0.05)
+        self.fail("%s never appeared in:\n%s" % (line, box.read("/data/oled.ini")))
+
+    def test_set_reaches_one_box_the_marked_box_or_all(self):
+        first = self.serving_box("10.0.0.5")
+        second = self.serving_box("10.0.0.6")
+        done = self.oledctl("set", "cpu=0", "sleep=5", "oled_string=HELLO BOX", "--box", "10.0.0.5")
+        self.assertEqual((done.returncode, done.stdout),
+                         (0, "sent to 10.0.0.5:16124: cpu=0|sleep=5|oled_string=HELLO BOX\n"))
+        for line in ("OLed_a_cpu=0", "OLed_a_sleep_tim=5", "OLed_a_small_n_buf=HELLO BOX"):
+            self.wait_for_setting(first, line)
+
+        done = self.oledctl("set", "vi=0", "--box", "10.0.0.6", "--via-group")
+        self.assertEqual(done.stdout, "sent to 224.168.1.1:16124: controlled=10.0.0.6|vi=0\n")
+        self.wait_for_setting(second, "OLed_a_vi=0")
+
+        self.assertEqual(self.oledctl("set", "ai=0", "--all").returncode, 0)
+        self.wait_for_setting(first, "OLed_a_ai=0")
+        self.wait_for_setting(second, "OLed_a_ai=0")
+        # What each box was not sent stays as it was.
+        self.assertIn("OLed_a_vi=1", first.read("/data/oled.ini").splitlines())
+        self.assertIn("OLed_a_cpu=1", second.read("/data/oled.ini").splitlines())
+
+    def test_get_prints_the_file_the_box_sends(self):
+        box = self.serving_box("10.0.0.5", files={"/data/oled.ini": "OLed_a_sleep_tim=9\nOLed_a_small_n_buf=A B\n"})
+        saved = box.read("/data/oled.ini")
+        got = self.oledctl("get", "--box", "10.0.0.5")
+        self.assertEqual((got.returncode, got.stdout), (0, saved))
+        self.assertIn("OLed_a_sleep_tim=9\n", got.stdout)
+        got = self.oledctl("get", "--box", "10.0.0.5", "--json")
+        self.assertEqual(json.loads(got.stdout), dict(line.split("=", 1) for line in saved.splitlines()))
+
+        silent = self.oledctl("get", "--box", "10.0.0.7", "--timeout", "0.5")
+        self.assertEqual((silent.returncode, silent.stderr), (1, "oledctl: no answer from 10.0.0.7 within 0.5 s\n"))
+
+    def test_discover_lists_three_boxes_at_once(self):
+        for addr, sleep in (("10.0.0.10", 7), ("10.0.0.3", 4), ("10.0.0.2", 3)):
+            self.serving_box(addr, files={"/data/oled.ini": "OLed_a_sleep_tim=%d\nOLed_a_kind_start=0\n" % sleep})
+        found = self.oledctl("discover", "--timeout", "1.5")
+        self.assertEqual(found.returncode, 0, found.stderr)
+        pages = "pages=cpu,vi,ai,net,venc,temp,time leds=off"
+        self.assertEqual(found.stdout.splitlines(), [
+            "10.0.0.2        panel=big sleep=3 " + pages,
+            "10.0.0.3        panel=big sleep=4 " + pages,
+            "10.0.0.10       panel=big sleep=7 " + pages,
+        ])
+        boxes = json.loads(self.oledctl("discover", "--json", "--timeout", "1.5").stdout)
+        self.assertEqual([(b["address"], b["settings"]["OLed_a_sleep_tim"]) for b in boxes],
+                         [("10.0.0.2", "3"), ("10.0.0.3", "4"), ("10.0.0.10", "7")])
+
+    def test_discover_without_boxes_fails_within_its_timeout(self):
+        began = time.time()
+        found = self.oledctl("discover", "--timeout", "1")
+        took = time.time() - began
+        self.assertEqual((found.returncode, found.stdout, found.stderr),
+                         (1, "", "oledctl: no box answered within 1 s\n"))
+        self.assertGreaterEqual(took, 1.0)
+        self.assertLess(took, 5.0)
+
+    def test_bad_items_never_leave_the_pc(self):
+        listener = Listener(self.station("10.0.0.5"), "10.0.0.5")
+        self.addCleanup(listener.close)
+        refused = [
+            ("set", "bogus=1", "--all"),
+            ("set", "cpu=2", "--box", "10.0.0.5"),
+            ("set", "sda=4_9", "--box", "10.0.0.5", "--via-group"),
+            ("set", "oled_string=a|b", "--all"),
+            ("set", "oled_string=123456789012345678901", "--all"),
+            ("set", "cpu=1", "--box", "10.0.0.256"),
+            ("set", "cpu=1"),
+            ("led-test", "blink", "--box", "10.0.0.5"),
+        ]
+        for argv in refused:
+            result = self.oledctl(*argv)
+            self.assertEqual(result.returncode, 2, argv)
+            self.assertEqual(result.stdout, "")
+            self.assertEqual(len(result.stderr.splitlines()), 1, result.stderr)
+            self.assertTrue(result.stderr.startswith("oledctl: "), result.stderr)
+        # Good commands arrive whole, each as one datagram, and the bad ones
+        # before them never did.
+        self.assertEqual(self.oledctl("led-test", "on", "--box", "10.0.0.5", "--via-group").returncode, 0)
+        self.assertEqual(self.oledctl("set", "--raw", "cpu=1|nonsense", "--all").returncode, 0)
+        listener.wait_for("cpu=1|nonsense")
+        self.assertEqual(listener.received(), [(OPERATOR, "controlled=10.0.0.5|test=1"), (OPERATOR, "cpu=1|nonsense")])
+
+    def test_group_sends_leave_through_the_chosen_interface(self):
+        other = Segment()
+        self.addCleanup(other.close)
+        other.attach(self.netns, "eth1", "10.1.0.100/24", group_route=False)
+        here = Listener(self.station("10.0.0.5"), "10.0.0.5")
+        self.addCleanup(here.close)
+        box_ns = Netns("box")
+        self.addCleanup(box_ns.close)
+        other.attach(box_ns, "eth0", "10.1.0.5/24")
+        there = Listener(box_ns, "10.1.0.5")
+        self.addCleanup(there.close)
+
+        self.assertEqual(self.oledctl("led-test", "off", "--all", "--iface", "eth1").returncode, 0)
+        self.assertEqual(self.oledctl("led-test", "on", "--all", "--iface", "eth0").returncode, 0)
+        there.wait_for("test=0")
+        here.wait_for("test=1")
+        self.assertEqual(there.received(), [("10.1.0.100", "test=0")])
+        self.assertEqual(here.received(), [(OPERATOR, "test=1")])
+        missing = self.oledctl("discover", "--iface", "eth9")
+        self.assertEqual(missing.returncode, 1)
+        self.assertTrue(missing.stderr.startswith("oledctl: interface eth9: "), missing.stderr)
+
+
+if __name__ == "__main__":
+    main()

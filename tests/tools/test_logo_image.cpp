@@ -1,0 +1,144 @@
+#include <gtest/gtest.h>
+
+#include <png.h>
+
+#include <cmath>
+
+#include "logo_image.h"
+#include "temp_root.h"
+
+namespace {
+
+GreyImage flat(int width, int height, float brightness) {
+    GreyImage image;
+    image.width = width;
+    image.height = height;
+    image.pixels.assign(static_cast<std::size_t>(width) * height, brightness);
+    return image;
+}
+
+float at(const std::vector<float>& panel, int x, int y) { return panel[static_cast<std::size_t>(y) * logo::kWidth + x]; }
+
+// Bounding box of the non-black panel pixels: left, top, right, bottom (exclusive).
+std::vector<int> lit_area(const std::vector<float>& panel) {
+    std::vector<int> box = {logo::kWidth, logo::kHeight, 0, 0};
+    for (int y = 0; y < logo::kHeight; ++y) {
+        for (int x = 0; x < logo::kWidth; ++x) {
+            if (at(panel, x, y) < 0.5f) continue;
+            box = {std::min(box[0], x), std::min(box[1], y), std::max(box[2], x + 1), std::max(box[3], y + 1)};
+        }
+    }
+    return box;
+}
+
+TEST(LogoImage, PictureFitsWithItsAspectCentredOnBlack) {
+    EXPECT_EQ(lit_area(logo::fit_on_panel(flat(128, 64, 255))), (std::vector<int>{64, 0, 192, 64}));
+    EXPECT_EQ(lit_area(logo::fit_on_panel(flat(1024, 64, 255))), (std::vector<int>{0, 24, 256, 40}));
+    EXPECT_EQ(lit_area(logo::fit_on_panel(flat(10, 100, 255))), (std::vector<int>{125, 0, 131, 64}));
+    EXPECT_EQ(lit_area(logo::fit_on_panel(flat(1, 1, 255))), (std::vector<int>{96, 0, 160, 64}));
+    EXPECT_EQ(lit_area(logo::fit_on_panel(flat(3000, 1, 255))), (std::vector<int>{0, 31, 256, 32}));
+    // Flat areas keep their brightness whatever the scale; halving averages
+    // pairs of stripes; a picture of the panel's size stays as it is.
+    EXPECT_NEAR(at(logo::fit_on_panel(flat(333, 77, 100)), 128, 32), 100.0f, 0.01f);
+    GreyImage stripes = flat(512, 128, 0);
+    for (std::size_t i = 0; i < stripes.pixels.size(); i += 2) stripes.pixels[i] = 255;
+    EXPECT_NEAR(at(logo::fit_on_panel(stripes), 77, 10), 127.5f, 0.01f);
+    GreyImage exact = flat(256, 64, 0);
+    for (std::size_t i = 0; i < exact.pixels.size(); ++i) exact.pixels[i] = static_cast<float>((i * 37) % 256);
+    EXPECT_EQ(logo::fit_on_panel(exact), exact.pixels);
+}
+
+TEST(LogoImage, LevelsRoundToSixteenAndDitheringKeepsTheMean) {
+    std::vector<float> ramp(logo::kWidth * logo::kHeight);
+    for (std::size_t i = 0; i < ramp.size(); ++i) ramp[i] = static_cast<float>(i % logo::kWidth);
+    const std::vector<std::uint8_t> nearest = logo::quantise(ramp, false);
+    EXPECT_EQ(nearest[0], 0);
+    EXPECT_EQ(nearest[8], 0);    // 8 is below half a step (8.5)
+    EXPECT_EQ(nearest[9], 1);
+    EXPECT_EQ(nearest[17], 1);
+    EXPECT_EQ(nearest[254], 15);
+    EXPECT_EQ(nearest[255], 15);
+    EXPECT_EQ(logo::quantise(std::vector<float>(ramp.size(), 300.0f), false)[5], 15);
+    EXPECT_EQ(logo::quantise(std::vector<float>(ramp.size(), -9.0f), true)[5], 0);
+
+    // 25 lies between levels 1 (17) and 2 (34): rounding shows 17 everywhere,
+    // dithering mixes the two so the area looks like 25.
+    const std::vector<float> grey(ramp.size(), 25.0f);
+    double nearest_sum = 0;
+    double dithered_sum = 0;
+    const std::vector<std::uint8_t> rounded = logo::quantise(grey, false);
+    const std::vector<std::uint8_t> dithered = logo::quantise(grey, true);
+    for (std::size_t i = 0; i < grey.size(); ++i) {
+        nearest_sum += rounded[i] * 17;
+        dithered_sum += dithered[i] * 17;
+        EXPECT_TRUE(dithered[i] == 1 || dithered[i] == 2);
+    }
+    EXPECT_NEAR(nearest_sum / grey.size(), 17.0, 1e-9);
+    EXPECT_NEAR(dithered_sum / grey.size(), 25.0, 0.1);
+}
+
+TEST(LogoImage, FilePacksTwoPixelsAByteLeftPixelHigh) {
+    std::vector<std::uint8_t> levels(logo::kWidth * logo::kHeight, 0);
+    levels[0] = 0xA;
+    levels[1] = 0x3;
+    levels[255] = 0xF;                  // last pixel of row 0
+    levels[logo::kWidth + 2] = 0x7;     // row 1, third pixel
+    const std::vector<std::uint8_t> file = logo::pack(levels);
+    ASSERT_EQ(file.size(), 8192u);
+    EXPECT_EQ(file[0], 0xA3);
+    EXPECT_EQ(file[127], 0x0F);
+    EXPECT_EQ(file[128 + 1], 0x70);
+    EXPECT_EQ(logo::unpack(file), levels);
+    EXPECT_EQ(logo::to_grey({0, 1, 15}), (std::vector<std::uint8_t>{0, 17, 255}));
+}
+
+// Writes a 4 x 2 PNG in the given libpng format from 8-bit or 16-bit samples.
+std::string write_png(const TempRoot& dir, const std::string& name, png_uint_32 format, const void* samples,
+                      const void* colormap, int colors) {
+    png_image png{};
+    png.version = PNG_IMAGE_VERSION;
+    png.width = 4;
+    png.height = 2;
+    png.format = format;
+    png.colormap_entries = static_cast<png_uint_32>(colors);
+    const std::string path = dir.path() + "/" + name;
+    EXPECT_NE(png_image_write_to_file(&png, path.c_str(), 0, samples, 0, colormap), 0) << png.message;
+    return path;
+}
+
+TEST(LogoImage, ReadsGreyColourAlphaPaletteAndSixteenBitPictures) {
+    TempRoot dir;
+    const std::uint8_t grey[8] = {0, 136, 255, 17};
+    // White transparent, white opaque, white half transparent, red opaque.
+    const std::uint8_t rgba[32] = {255, 255, 255, 0, 255, 255, 255, 255, 255, 255, 255, 128, 255, 0, 0, 255};
+    const std::uint16_t deep[8] = {0, 65535, 65535, 0};
+    const std::uint8_t palette[6] = {0, 0, 0, 255, 255, 255};
+    const std::uint8_t indexes[8] = {1, 0, 1, 1};
+    const struct {
+        const char* name;
+        png_uint_32 format;
+        const void* samples;
+        std::vector<float> first_row;  // -1: between black and white
+    } cases[] = {
+        {"grey.png", PNG_FORMAT_GRAY, grey, {0, 136, 255, 17}},
+        {"rgba.png", PNG_FORMAT_RGBA, rgba, {0, 255, 128, -1}},
+        {"deep.png", PNG_FORMAT_LINEAR_Y, deep, {0, 255, 255, 0}},
+        {"palette.png", PNG_FORMAT_RGB_COLORMAP, indexes, {255, 0, 255, 255}},
+    };
+    for (const auto& c : cases) {
+        GreyImage image;
+        ASSERT_EQ(read_png(write_png(dir, c.name, c.format, c.samples, palette, 2), image), "") << c.name;
+        ASSERT_EQ(image.width * image.height, 8) << c.name;
+        for (int x = 0; x < 4; ++x) {
+            const float low = c.first_row[x] < 0 ? 40 : c.first_row[x] - 1;
+            const float high = c.first_row[x] < 0 ? 160 : c.first_row[x] + 1;
+            EXPECT_TRUE(image.pixels[x] >= low && image.pixels[x] <= high) << c.name << " " << x << ": " << image.pixels[x];
+        }
+    }
+    GreyImage image;
+    dir.write("/notpng.png", "GIF89a this is not a PNG at all");
+    EXPECT_NE(read_png(dir.host("/notpng.png"), image), "");
+    EXPECT_NE(read_png(dir.host("/missing.png"), image), "");
+}
+
+}  // namespace

@@ -1,0 +1,111 @@
+#include <gtest/gtest.h>
+
+#include <png.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <string>
+
+#include "temp_root.h"
+
+namespace {
+
+struct ProgramRun {
+    int status;
+    std::string output;  // standard output and error together
+};
+
+ProgramRun oled_logo(const std::string& arguments) {
+    const std::string command = std::string(OLED_LOGO_PROGRAM) + " " + arguments + " 2>&1";
+    FILE* pipe = popen(command.c_str(), "r");
+    ProgramRun run{-1, ""};
+    if (pipe == nullptr) return run;
+    char buffer[512];
+    size_t size = 0;
+    while ((size = fread(buffer, 1, sizeof buffer, pipe)) > 0) run.output.append(buffer, size);
+    const int status = pclose(pipe);
+    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return run;
+}
+
+// A colour picture with a soft alpha edge and an odd size, like real artwork.
+void write_artwork(const std::string& path) {
+    const int width = 401;
+    const int height = 67;
+    std::vector<std::uint16_t> rgba(static_cast<std::size_t>(width) * height * 4);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            std::uint16_t* p = &rgba[(static_cast<std::size_t>(y) * width + x) * 4];
+            p[0] = static_cast<std::uint16_t>(x * 65535 / width);
+            p[1] = static_cast<std::uint16_t>(y * 65535 / height);
+            p[2] = static_cast<std::uint16_t>((x * y) % 65536);
+            p[3] = static_cast<std::uint16_t>(x < 30 ? x * 65535 / 30 : 65535);
+        }
+    }
+    png_image png{};
+    png.version = PNG_IMAGE_VERSION;
+    png.width = width;
+    png.height = height;
+    png.format = PNG_FORMAT_LINEAR_RGB_ALPHA;
+    ASSERT_NE(png_image_write_to_file(&png, path.c_str(), 0, rgba.data(), 0, nullptr), 0) << png.message;
+}
+
+TEST(OledLogoProgram, LogoSurvivesTheTripThroughPngByteForByte) {
+    TempRoot dir;
+    const std::string d = dir.path();
+    write_artwork(d + "/art.png");
+    for (const char* dither : {"", " --dither"}) {
+        SCOPED_TRACE(dither);
+        ASSERT_EQ(oled_logo("to-bin " + d + "/art.png " + d + "/first.bin" + dither).status, 0);
+        ASSERT_EQ(oled_logo("to-png " + d + "/first.bin " + d + "/check.png").status, 0);
+        ASSERT_EQ(oled_logo("to-bin " + d + "/check.png " + d + "/second.bin" + dither).status, 0);
+        const std::string first = dir.read("/first.bin");
+        EXPECT_EQ(first.size(), 8192u);
+        EXPECT_EQ(dir.read("/second.bin"), first);
+        // The picture is wider than the panel's 4:1, so it spans the width,
+        // centred: rows at the top and bottom stay black, the middle is lit.
+        EXPECT_EQ(first.substr(0, 128), std::string(128, '\0'));
+        EXPECT_EQ(first.substr(8192 - 128), std::string(128, '\0'));
+        EXPECT_NE(first.substr(32 * 128, 128), std::string(128, '\0'));
+    }
+    png_image check{};
+    check.version = PNG_IMAGE_VERSION;
+    ASSERT_NE(png_image_begin_read_from_file(&check, (d + "/check.png").c_str()), 0);
+    EXPECT_EQ(check.width, 256u);
+    EXPECT_EQ(check.height, 64u);
+    EXPECT_EQ(check.format, static_cast<png_uint_32>(PNG_FORMAT_GRAY));
+    png_image_free(&check);
+}
+
+TEST(OledLogoProgram, BadInputGivesOneLineAndFailure) {
+    TempRoot dir;
+    const std::string d = dir.path();
+    dir.write("/text.png", "hello");
+    dir.write("/short.bin", std::string(8191, '\x11'));
+    dir.write("/long.bin", std::string(8193, '\x11'));
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"to-bin " + d + "/text.png " + d + "/out.bin", "oled-logo: " + d + "/text.png: "},
+        {"to-bin " + d + "/none.png " + d + "/out.bin", "oled-logo: " + d + "/none.png: "},
+        {"to-png " + d + "/short.bin " + d + "/out.png",
+         "oled-logo: " + d + "/short.bin: 8191 bytes; a logo.bin holds exactly 8192"},
+        {"to-png " + d + "/long.bin " + d + "/out.png",
+         "oled-logo: " + d + "/long.bin: more than 8192 bytes; a logo.bin holds exactly 8192"},
+        {"to-png " + d + "/none.bin " + d + "/out.png", "oled-logo: " + d + "/none.bin: No such file"},
+        {"to-gif a b", "oled-logo: expected to-bin"},
+        {"to-bin " + d + "/text.png", "oled-logo: expected to-bin"},
+        {"to-bin --fast a b", "oled-logo: unknown option --fast"},
+    };
+    for (const auto& c : cases) {
+        const ProgramRun run = oled_logo(c.first);
+        EXPECT_NE(run.status, 0) << c.first;
+        EXPECT_EQ(run.output.compare(0, c.second.size(), c.second), 0) << run.output;
+        EXPECT_EQ(run.output.find('\n'), run.output.size() - 1) << run.output;
+    }
+    EXPECT_FALSE(dir.exists("/out.bin"));
+    EXPECT_FALSE(dir.exists("/out.png"));
+    const ProgramRun help = oled_logo("--help");
+    EXPECT_EQ(help.status, 0);
+    EXPECT_NE(help.output.find("to-bin IN.png OUT.bin [--dither]"), std::string::npos);
+}
+
+}  // namespace

@@ -1,0 +1,90 @@
+#include <gtest/gtest.h>
+
+#include "protocol.h"
+
+namespace {
+
+TEST(Protocol, KnowsEveryKeyTheBoxObeysInItsOrder) {
+    const std::vector<std::string> keys = {
+        "oled_type", "led_on", "oled_str_en", "oled_string", "cpu",     "vi",      "ai",      "net",
+        "time",      "venc",   "temp",        "io",          "sleep",   "logo",    "port",    "sda",
+        "scl",       "cs",     "dc",          "res",         "sml_sda", "sml_scl", "vcc",     "gnd",
+        "pwr_led",   "cpu_led", "eth_led",    "hdmi_led",    "test"};
+    std::vector<std::string> table;
+    for (const protocol::Command& command : protocol::command_table()) table.push_back(command.key);
+    EXPECT_EQ(table, keys);
+    EXPECT_STREQ(protocol::find_command("sleep")->setting, "OLed_a_sleep_tim");
+    EXPECT_STREQ(protocol::find_command("time")->setting, "OLed_a_start");
+    EXPECT_STREQ(protocol::find_command("port")->setting, "OLed_a_gpio_j");
+    EXPECT_EQ(protocol::find_command("Cpu"), nullptr);
+}
+
+TEST(Protocol, AcceptsWellFormedItemsOfEveryKind) {
+    for (const char* item : {"cpu=0", "cpu=1", "oled_type=6", "sleep=0", "sleep=3600", "test=2", "port=16124",
+                             "sda=4_2", "gnd=0", "hdmi_led=24_7", "vcc=0_0", "oled_string=HELLO BOX",
+                             "oled_string=12345678901234567890", "oled_string=a~b!c"}) {
+        EXPECT_EQ(protocol::check_item(item), "") << item;
+    }
+}
+
+TEST(Protocol, RefusesUnknownKeysAndMalformedValuesWithAReason) {
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"bogus=1", "'bogus': unknown key (oledctl set --help lists the keys)"},
+        {"CPU=1", "'CPU': unknown key (oledctl set --help lists the keys)"},
+        {"cpu", "'cpu': expected KEY=VALUE"},
+        {"cpu=", "cpu: empty value"},
+        {"cpu=2", "cpu: 2 is out of range 0..1"},
+        {"cpu=x", "cpu: 'x' is not a decimal integer"},
+        {"cpu=+1", "cpu: '+1' is not a decimal integer"},
+        {"cpu= 1", "cpu: ' 1' is not a decimal integer"},
+        {"sleep=1.5", "sleep: '1.5' is not a decimal integer"},
+        {"sleep=-1", "sleep: -1 is out of range 0..3600"},
+        {"sleep=99999999999", "sleep: 99999999999 is out of range 0..3600"},
+        {"oled_type=7", "oled_type: 7 is out of range 0..6"},
+        {"cpu=1|vi=0", "cpu: a value may not contain '|' or '='"},
+        {"oled_string=a=b", "oled_string: a value may not contain '|' or '='"},
+        {"oled_string=123456789012345678901", "oled_string: 21 characters, the panel shows at most 20"},
+        {"oled_string=tab\there", "oled_string: only printable ASCII characters can be shown"},
+        {"oled_string=caf\xc3\xa9", "oled_string: only printable ASCII characters can be shown"},
+        {"oled_string=uncontrolled", "oled_string: the word 'controlled' cannot be sent"},
+        {"controlled=10.0.0.1", "controlled: use --box ADDR --via-group"},
+        {"replyoled=10.0.0.1:9000", "replyoled: use 'oledctl get'"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(protocol::check_item(c.first), c.second) << c.first;
+    for (const char* pin : {"25_0", "4_8", "4", "4_", "_2", "a_b", "4_2_1", "-1_2", "004_2", "4_02", "4-2"}) {
+        EXPECT_EQ(protocol::check_item(std::string("sda=") + pin),
+                  std::string("sda: '") + pin + "' is not a pin: GROUP_BIT (group 0..24, bit 0..7) or 0 for none");
+    }
+}
+
+TEST(Protocol, DatagramJoinsItemsWithTheMarkerFirst) {
+    EXPECT_EQ(protocol::build_set({"cpu=0", "sleep=5"}, ""), "cpu=0|sleep=5");
+    EXPECT_EQ(protocol::build_set({"cpu=0", "sleep=5"}, "192.168.1.20"), "controlled=192.168.1.20|cpu=0|sleep=5");
+    EXPECT_EQ(protocol::build_set({"test=1"}, ""), "test=1");
+    EXPECT_EQ(protocol::build_query(), "replyoled");
+}
+
+TEST(Protocol, ReplyReadsAsPairsInFileOrder) {
+    protocol::Settings settings;
+    ASSERT_TRUE(protocol::parse_reply("[oled]\nOLed_a_cpu=0\nOLed_a_small_n_buf=A=B \r\n\nnoise\nkSwitch_gpio=", settings));
+    const protocol::Settings expected = {
+        {"OLed_a_cpu", "0"}, {"OLed_a_small_n_buf", "A=B "}, {"kSwitch_gpio", ""}};
+    EXPECT_EQ(settings, expected);
+
+    protocol::Settings empty;
+    EXPECT_TRUE(protocol::parse_reply("[oled]\n", empty));  // the box could not read its file
+    EXPECT_TRUE(empty.empty());
+    EXPECT_FALSE(protocol::parse_reply("OLed_a_cpu=0\n", empty));
+    EXPECT_FALSE(protocol::parse_reply("[oled]", empty));
+    EXPECT_FALSE(protocol::parse_reply("", empty));
+}
+
+TEST(Protocol, AddressesAreDottedIpv4) {
+    EXPECT_TRUE(protocol::is_ipv4("192.168.1.20"));
+    EXPECT_TRUE(protocol::is_ipv4("0.0.0.0"));
+    for (const char* bad : {"192.168.1", "192.168.1.256", "box", "", "1.2.3.4.5", "1.2.3.4 "}) {
+        EXPECT_FALSE(protocol::is_ipv4(bad)) << bad;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,26 @@
+#ifndef OLEDCTL_CLI_OPTIONS_H
+#define OLEDCTL_CLI_OPTIONS_H
+
+#include <string>
+#include <vector>
+
+// oledctl's command line: a verb, its options and its arguments.
+struct CliOptions {
+    std::string verb;
+    std::vector<std::string> arguments;
+    std::string box;
+    bool all = false;
+    bool via_group = false;
+    std::string iface;
+    unsigned short port = 16124;
+    double timeout = 2.0;
+    bool json = false;
+    bool raw_given = false;
+    std::string raw;
+    bool help = false;
+};
+
+// Empty result: options filled; otherwise a one-line reason.
+std::string parse_cli(int argc, char** argv, CliOptions& options);
+
+#endif

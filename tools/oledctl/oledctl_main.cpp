@@ -1,0 +1,221 @@
+// oledctl: drives the front panels of the boxes on a LAN through their UDP
+// control protocol.
+
+#include <chrono>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "cli_options.h"
+#include "protocol.h"
+#include "settings_view.h"
+#include "udp_client.h"
+
+namespace {
+
+constexpr int kFine = 0;
+constexpr int kNoAnswer = 1;  // also any network failure
+constexpr int kBadInput = 2;
+
+const char* const kCommonHelp =
+    "  --port N         the boxes' control port (default 16124)\n"
+    "  --iface NAME     interface for group sends (default: the route's)\n"
+    "  --timeout S      seconds to wait for answers (default 2)\n"
+    "  --help           this text\n"
+    "Exit status: 0 done, 1 no answer or network failure, 2 bad input.\n";
+
+void usage(const std::string& verb) {
+    if (verb == "set") {
+        std::printf(
+            "usage: oledctl set KEY=VALUE... (--box ADDR [--via-group] | --all) [options]\n"
+            "       oledctl set --raw TEXT (--box ADDR | --all) [options]\n"
+            "Sends the items as one datagram: to one box (--box), to every box on the\n"
+            "segment through the group %s (--all), or to one box through the group\n"
+            "(--box ADDR --via-group; a box whose address text is part of ADDR, such as\n"
+            "192.168.1.2 for 192.168.1.20, obeys too). Items are checked before anything\n"
+            "is sent; --raw sends TEXT as it stands, unchecked. Keys:\n",
+            protocol::kGroup);
+        for (const protocol::Command& command : protocol::command_table()) {
+            std::string values = "GROUP_BIT or 0";
+            if (command.kind == protocol::ValueKind::Integer) {
+                values = std::to_string(command.min) + ".." + std::to_string(command.max);
+            } else if (command.kind == protocol::ValueKind::Text) {
+                values = "text, 1.." + std::to_string(command.max) + " chars";
+            }
+            std::printf("  %-12s %-22s %s\n", command.key, values.c_str(), command.meaning);
+        }
+    } else if (verb == "get") {
+        std::printf(
+            "usage: oledctl get --box ADDR [--json] [options]\n"
+            "Prints the box's settings file as the box sends it, or with --json an\n"
+            "object of its key/value pairs.\n");
+    } else if (verb == "discover") {
+        std::printf(
+            "usage: oledctl discover [--json] [options]\n"
+            "Asks every box on the segment through the group %s and lists those\n"
+            "that answer before the timeout, one line each, by address: panel type,\n"
+            "page hold time, shown pages, LED switches.\n",
+            protocol::kGroup);
+    } else if (verb == "led-test") {
+        std::printf(
+            "usage: oledctl led-test on|off (--box ADDR [--via-group] | --all) [options]\n"
+            "Lights the box's status LEDs for a test (on) or returns them to normal (off).\n");
+    } else {
+        std::printf(
+            "usage: oledctl VERB [options]\n"
+            "  set KEY=VALUE...   change settings of one box or all boxes\n"
+            "  get                print one box's settings\n"
+            "  discover           list the boxes on the segment\n"
+            "  led-test on|off    light the status LEDs for a test\n"
+            "oledctl VERB --help tells more.\n");
+        return;
+    }
+    std::printf("Options:\n%s", kCommonHelp);
+}
+
+int fail(int status, const std::string& reason) {
+    std::fprintf(stderr, "oledctl: %s\n", reason.c_str());
+    return status;
+}
+
+std::chrono::steady_clock::time_point deadline_after(double seconds) {
+    return std::chrono::steady_clock::now() +
+           std::chrono::duration_cast<std::chrono::steady_clock::duration>(std::chrono::duration<double>(seconds));
+}
+
+std::string seconds_text(double seconds) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%g s", seconds);
+    return text;
+}
+
+// Opens the socket and sends payload to the box or the group as asked.
+std::string send_datagram(UdpClient& client, const CliOptions& options, bool to_group, const std::string& payload) {
+    std::string error = client.open();
+    if (error.empty() && to_group && !options.iface.empty()) error = client.use_interface(options.iface);
+    if (error.empty()) error = client.send(to_group ? protocol::kGroup : options.box, options.port, payload);
+    return error;
+}
+
+std::string check_target(const CliOptions& options) {
+    if (options.all == !options.box.empty()) return "give either --box ADDR or --all";
+    if (options.via_group && options.box.empty()) return "--via-group needs --box ADDR";
+    return "";
+}
+
+int send_items(const CliOptions& options, const std::vector<std::string>& items) {
+    std::string error = check_target(options);
+    if (!error.empty()) return fail(kBadInput, error);
+    for (const std::string& item : items) {
+        error = protocol::check_item(item);
+        if (!error.empty()) return fail(kBadInput, error);
+    }
+    const bool to_group = options.all || options.via_group;
+    const std::string datagram = protocol::build_set(items, options.via_group ? options.box : std::string());
+    if (datagram.size() > protocol::kMaxDatagram) {
+        return fail(kBadInput, "datagram of " + std::to_string(datagram.size()) + " bytes; a box reads at most " +
+                                   std::to_string(protocol::kMaxDatagram));
+    }
+    UdpClient client;
+    error = send_datagram(client, options, to_group, datagram);
+    if (!error.empty()) return fail(kNoAnswer, error);
+    std::printf("sent to %s:%u: %s\n", to_group ? protocol::kGroup : options.box.c_str(), options.port,
+                datagram.c_str());
+    return kFine;
+}
+
+int run_set(const CliOptions& options) {
+    if (!options.raw_given) {
+        if (options.arguments.empty()) return fail(kBadInput, "set needs KEY=VALUE items (oledctl set --help)");
+        return send_items(options, options.arguments);
+    }
+    if (!options.arguments.empty()) return fail(kBadInput, "--raw takes no KEY=VALUE items besides its text");
+    if (options.via_group) return fail(kBadInput, "--raw sends its text as it stands: use --all and write the marker");
+    std::string error = check_target(options);
+    if (!error.empty()) return fail(kBadInput, error);
+    if (options.raw.size() > protocol::kMaxDatagram) return fail(kBadInput, "raw text longer than 1024 bytes");
+    UdpClient client;
+    error = send_datagram(client, options, options.all, options.raw);
+    if (!error.empty()) return fail(kNoAnswer, error);
+    std::printf("sent to %s:%u: %s\n", options.all ? protocol::kGroup : options.box.c_str(), options.port,
+                options.raw.c_str());
+    return kFine;
+}
+
+int run_led_test(const CliOptions& options) {
+    if (options.arguments.size() != 1 || (options.arguments[0] != "on" && options.arguments[0] != "off")) {
+        return fail(kBadInput, "led-test needs on or off");
+    }
+    return send_items(options, {options.arguments[0] == "on" ? "test=1" : "test=0"});
+}
+
+int run_get(const CliOptions& options) {
+    if (options.box.empty() || options.all || options.via_group) return fail(kBadInput, "get needs --box ADDR alone");
+    if (!options.arguments.empty()) return fail(kBadInput, "get takes no arguments");
+    UdpClient client;
+    std::string error = send_datagram(client, options, false, protocol::build_query());
+    if (!error.empty()) return fail(kNoAnswer, error);
+    std::string reply;
+    bool answered = false;
+    error = client.collect(deadline_after(options.timeout), [&](const std::string& source, const std::string& payload) {
+        if (source != options.box) return false;
+        reply = payload;
+        answered = true;
+        return true;
+    });
+    if (!error.empty()) return fail(kNoAnswer, error);
+    if (!answered) return fail(kNoAnswer, "no answer from " + options.box + " within " + seconds_text(options.timeout));
+    protocol::Settings settings;
+    if (!protocol::parse_reply(reply, settings)) return fail(kNoAnswer, options.box + " answered without [oled]");
+    if (options.json) {
+        std::printf("%s\n", settings_view::to_json(settings).c_str());
+    } else {
+        const std::string file = reply.substr(std::string(protocol::kReplyHeader).size());
+        std::fwrite(file.data(), 1, file.size(), stdout);
+    }
+    return kFine;
+}
+
+int run_discover(const CliOptions& options) {
+    if (!options.box.empty() || options.all || options.via_group) return fail(kBadInput, "discover asks every box");
+    if (!options.arguments.empty()) return fail(kBadInput, "discover takes no arguments");
+    UdpClient client;
+    std::string error = send_datagram(client, options, true, protocol::build_query());
+    if (!error.empty()) return fail(kNoAnswer, error);
+    std::vector<settings_view::Box> answers;
+    error = client.collect(deadline_after(options.timeout), [&](const std::string& source, const std::string& payload) {
+        settings_view::Box box{source, {}};
+        if (protocol::parse_reply(payload, box.settings)) answers.push_back(std::move(box));
+        return false;  // everyone may answer until the deadline
+    });
+    if (!error.empty()) return fail(kNoAnswer, error);
+    const std::vector<settings_view::Box> boxes = settings_view::sorted_unique(std::move(answers));
+    if (boxes.empty()) return fail(kNoAnswer, "no box answered within " + seconds_text(options.timeout));
+    if (options.json) {
+        std::printf("%s\n", settings_view::to_json(boxes).c_str());
+    } else {
+        for (const settings_view::Box& box : boxes) std::printf("%s\n", settings_view::summary(box.address, box.settings).c_str());
+    }
+    return kFine;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CliOptions options;
+    const std::string error = parse_cli(argc, argv, options);
+    if (options.help) {
+        usage(options.verb);
+        return kFine;
+    }
+    if (!error.empty()) return fail(kBadInput, error);
+    if (options.verb == "set") return run_set(options);
+    if (options.verb == "get") return run_get(options);
+    if (options.verb == "discover") return run_discover(options);
+    if (options.verb == "led-test") return run_led_test(options);
+    if (options.verb.empty() || options.verb == "help") {
+        usage("");
+        return options.verb.empty() ? kBadInput : kFine;
+    }
+    return fail(kBadInput, "unknown verb '" + options.verb + "' (oledctl --help)");
+}

@@ -1,0 +1,128 @@
+#include "settings_view.h"
+
+#include <arpa/inet.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
+namespace settings_view {
+namespace {
+
+std::string quoted(const std::string& text) {
+    std::string out = "\"";
+    for (unsigned char c : text) {
+        if (c == '"' || c == '\\') {
+            out += '\\';
+            out += static_cast<char>(c);
+        } else if (c < 0x20 || c >= 0x7f) {
+            // Bytes beyond ASCII are shown as Latin-1 so the output stays valid JSON.
+            char escape[8];
+            std::snprintf(escape, sizeof escape, "\\u%04x", c);
+            out += escape;
+        } else {
+            out += static_cast<char>(c);
+        }
+    }
+    return out + "\"";
+}
+
+const std::string* find(const protocol::Settings& settings, const std::string& key) {
+    for (const auto& pair : settings) {
+        if (pair.first == key) return &pair.second;
+    }
+    return nullptr;
+}
+
+// A number as the box reads it: a leading decimal number, -1 for text
+// that does not start with one.
+long box_number(const std::string& text) {
+    const std::size_t digit = !text.empty() && text[0] == '-' ? 1 : 0;
+    if (digit >= text.size() || text[digit] < '0' || text[digit] > '9') return -1;
+    return std::strtol(text.c_str(), nullptr, 10);
+}
+
+// The box takes a flag as on when its number is not zero.
+bool flag(const protocol::Settings& settings, const std::string& key) {
+    const std::string* value = find(settings, key);
+    return value != nullptr && box_number(*value) != 0;
+}
+
+std::string panel_name(const std::string& type) {
+    static const char* const names[] = {"big", "old-small", "none", "small-0.96-4wire", "small-0.96", "small-1.29",
+                                        "small-1.29-4wire"};
+    const long number = box_number(type);
+    if (number >= 0 && number <= 6) return names[number];
+    return "type-" + type;
+}
+
+uint32_t address_order(const std::string& address) {
+    in_addr parsed{};
+    if (inet_pton(AF_INET, address.c_str(), &parsed) != 1) return 0xffffffffu;
+    return ntohl(parsed.s_addr);
+}
+
+}  // namespace
+
+std::string to_json(const protocol::Settings& settings) {
+    std::string out = "{";
+    for (std::size_t i = 0; i < settings.size(); ++i) {
+        if (i != 0) out += ", ";
+        out += quoted(settings[i].first) + ": " + quoted(settings[i].second);
+    }
+    return out + "}";
+}
+
+std::string summary(const std::string& address, const protocol::Settings& settings) {
+    static const std::pair<const char*, const char*> pages[] = {
+        {"cpu", "OLed_a_cpu"},   {"vi", "OLed_a_vi"},     {"ai", "OLed_a_ai"}, {"net", "OLed_a_net"},
+        {"venc", "OLed_a_venc"}, {"temp", "OLed_a_temp"}, {"time", "OLed_a_start"},
+        {"io", "OLed_a_io"},     {"logo", "OLed_a_logo"}, {"text", "OLed_a_small_n_start"},
+    };
+    std::string shown;
+    for (const auto& page : pages) {
+        if (!flag(settings, page.second)) continue;
+        if (!shown.empty()) shown += ',';
+        shown += page.first;
+    }
+    std::string leds;
+    if (flag(settings, "OLed_a_led_start")) leds = "outside";
+    if (flag(settings, "kLed_onboard")) leds += leds.empty() ? "onboard" : ",onboard";
+
+    const std::string* type = find(settings, "OLed_a_kind_start");
+    const std::string* sleep = find(settings, "OLed_a_sleep_tim");
+    std::string line = address;
+    line.resize(std::max<std::size_t>(line.size() + 1, 16), ' ');
+    line += "panel=" + (type ? panel_name(*type) : std::string("?"));
+    line += " sleep=" + (sleep ? *sleep : std::string("?"));
+    line += " pages=" + (shown.empty() ? std::string("none") : shown);
+    line += " leds=" + (leds.empty() ? std::string("off") : leds);
+    return line;
+}
+
+std::vector<Box> sorted_unique(std::vector<Box> boxes) {
+    std::vector<Box> unique;
+    for (Box& box : boxes) {
+        auto same = std::find_if(unique.begin(), unique.end(), [&](const Box& b) { return b.address == box.address; });
+        if (same != unique.end()) {
+            same->settings = std::move(box.settings);
+        } else {
+            unique.push_back(std::move(box));
+        }
+    }
+    std::stable_sort(unique.begin(), unique.end(), [](const Box& a, const Box& b) {
+        return address_order(a.address) < address_order(b.address);
+    });
+    return unique;
+}
+
+std::string to_json(const std::vector<Box>& boxes) {
+    std::string out = "[";
+    for (std::size_t i = 0; i < boxes.size(); ++i) {
+        if (i != 0) out += ",\n ";
+        out += "{\"address\": " + quoted(boxes[i].address) + ", \"settings\": " + to_json(boxes[i].settings) + "}";
+    }
+    return out + "]";
+}
+
+}  // namespace settings_view

@@ -1,0 +1,32 @@
+#ifndef OLEDCTL_SETTINGS_VIEW_H
+#define OLEDCTL_SETTINGS_VIEW_H
+
+#include <string>
+#include <vector>
+
+#include "protocol.h"
+
+// How oledctl shows a box's settings to an operator or to a script.
+namespace settings_view {
+
+// One JSON object of the pairs, values as strings, in file order.
+std::string to_json(const protocol::Settings& settings);
+
+// One line: the address, then panel type, page hold time, shown pages and
+// LED switches.
+std::string summary(const std::string& address, const protocol::Settings& settings);
+
+struct Box {
+    std::string address;
+    protocol::Settings settings;
+};
+
+// Boxes by address, numerically; one answer per address (the last wins).
+std::vector<Box> sorted_unique(std::vector<Box> boxes);
+
+// A JSON array of {"address": ..., "settings": {...}}.
+std::string to_json(const std::vector<Box>& boxes);
+
+}  // namespace settings_view
+
+#endif
