@@ -1,7 +1,7 @@
 #!/bin/bash
 # Every benchmark of the project in one run, each against its baseline,
 # printed as one table.
-#   bench/report.sh           full run (a one-minute oledd-sim run; ~4 min)
+#   bench/report.sh           full run (a one-minute oledd-sim run; ~5 min)
 #   bench/report.sh --quick   shorter runs (10 s of oledd-sim; ~1.5 min)
 # Builds what it needs: build/ (host), build-literal/ (probes through the
 # shell, the baseline of oledd-sim), build-arm/ (the ARM oledd, for size).
@@ -17,9 +17,9 @@ case "${1:-}" in
   *) echo "report.sh: unknown option '$1' (try --help)" >&2; exit 2 ;;
 esac
 if [ $quick = 1 ]; then
-  writes=200000; passes=50; changes=100; queries=1000; sim_seconds=10
+  writes=200000; passes=50; changes=100; queries=1000; sim_seconds=10; boxes="200"
 else
-  writes=1000000; passes=200; changes=300; queries=3000; sim_seconds=60
+  writes=1000000; passes=200; changes=300; queries=3000; sim_seconds=60; boxes="200 1000"
 fi
 jobs=2
 log="$(mktemp /tmp/oled-report-XXXXXX)"
@@ -38,7 +38,7 @@ build() {  # dir, cmake options..., -- targets...
 }
 
 echo "building ..." >&2
-build build -- bench_pacing bench_panels bench_probes bench_control bench_control_literal oledd-sim
+build build -- bench_pacing bench_panels bench_probes bench_control bench_control_literal oledd-sim oledctl
 build build-literal -DOLEDD_LITERAL_SHELL=ON -- oledd-sim
 arm=1
 if command -v arm-linux-gnueabihf-g++ > /dev/null; then
@@ -77,6 +77,12 @@ if [ "$(id -u)" = 0 ]; then
   echo "running oledd-sim for ${sim_seconds}s, both probe modes side by side ..." >&2
   sim="$(python3 bench/sim_minute.py --seconds "$sim_seconds" --sim build/bin/oledd-sim --sim build-literal/bin/oledd-sim)"
 fi
+discover=""
+if [ "$(id -u)" = 0 ]; then
+  echo "measuring oledctl discover with $boxes boxes answering at once ..." >&2
+  # shellcheck disable=SC2086
+  discover="$(python3 bench/discover_burst.py $boxes)"
+fi
 sim_field() { awk -v p="$1" -v c="$2" '$1 == p { print $c }' <<< "$sim"; }
 
 echo
@@ -104,6 +110,10 @@ if [ -n "$sim" ]; then
 else
   row "oledd-sim rows" "skipped" "" "need root for the namespaces"
 fi
+while read -r count _ _ _ _ listed _; do
+  [ -n "$count" ] || continue
+  row "oledctl discover, boxes listed of $count answering" "$listed" "$count" "every box that answered"
+done <<< "$discover"
 ours="$(per_second changes "$control")"; base="$(per_second changes "$literal")"
 row "control datagrams/s, each changing a setting" "$ours" "$base" \
     "truncate in place + system(\"sync\") ($(ratio "$base" "$ours") ours)"
