@@ -1,0 +1,130 @@
+#!/bin/bash
+# Every benchmark of the project in one run, each against its baseline,
+# printed as one table.
+#   bench/report.sh           full run (a one-minute oledd-sim run; ~5 min)
+#   bench/report.sh --quick   shorter runs (10 s of oledd-sim; ~1.5 min)
+# Builds what it needs: build/ (host), build-literal/ (probes through the
+# shell, the baseline of oledd-sim), build-arm/ (the ARM oledd, for size).
+# Needs root for the oledd-sim rows (namespaces); they are skipped without.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+quick=0
+case "${1:-}" in
+  --quick) quick=1 ;;
+  --help|-h) sed -n '2,8p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
+  "") ;;
+  *) echo "report.sh: unknown option '$1' (try --help)" >&2; exit 2 ;;
+esac
+if [ $quick = 1 ]; then
+  writes=200000; passes=50; changes=100; queries=1000; sim_seconds=10; boxes="200"
+else
+  writes=1000000; passes=200; changes=300; queries=3000; sim_seconds=60; boxes="200 1000"
+fi
+jobs=2
+log="$(mktemp /tmp/oled-report-XXXXXX)"
+trap 'rm -f "$log"' EXIT
+
+build() {  # dir, cmake options..., -- targets...
+  local dir="$1"; shift
+  local options=() targets=()
+  while [ "$1" != "--" ]; do options+=("$1"); shift; done
+  shift
+  targets=("$@")
+  cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo "${options[@]}" > "$log" 2>&1 || { cat "$log"; exit 1; }
+  for target in "${targets[@]}"; do
+    cmake --build "$dir" -j"$jobs" --target "$target" > "$log" 2>&1 || { cat "$log"; exit 1; }
+  done
+}
+
+echo "building ..." >&2
+build build -- bench_pacing bench_panels bench_probes bench_control bench_control_literal oledd-sim oledctl
+build build-literal -DOLEDD_LITERAL_SHELL=ON -- oledd-sim
+arm=1
+if command -v arm-linux-gnueabihf-g++ > /dev/null; then
+  build build-arm -DCMAKE_TOOLCHAIN_FILE=cmake/arm-linux-gnueabihf.cmake -DOLEDD_HOST_TOOLS=OFF -- oledd
+else
+  arm=0
+fi
+
+row() {  # measure, ours, baseline, unit/notes
+  printf '| %-52s | %10s | %10s | %s |\n' "$1" "$2" "$3" "$4"
+}
+ratio() { awk -v a="$1" -v b="$2" 'BEGIN { if (a > 0) printf "%.1fx", b / a; else print "-" }'; }
+
+echo "measuring register pacing ..." >&2
+pacing="$(build/bin/bench_pacing --writes "$writes")"
+ns_of() { grep "^$1 " <<< "$pacing" | sed -E 's/.* ([0-9.]+) ns per write.*/\1/'; }
+spin="$(ns_of 'bare spin, no register')"
+paced="$(ns_of 'set_reg on the simulated SoC')"
+
+echo "measuring panel drawing ..." >&2
+panels="$(build/bin/bench_panels)"
+
+echo "measuring probes ..." >&2
+probes="$(build/bin/bench_probes --passes "$passes")"
+probe_field() {  # mode, set, column (4 calls/s, 5 shells/pass, 6 processes/pass, 7 cpu us/call)
+  awk -v m="$1" -v s="$2" -v c="$3" '$1 == m && $2 == s { print $c }' <<< "$probes"
+}
+
+echo "measuring control datagrams ..." >&2
+control="$(build/bin/bench_control --changes "$changes" --queries "$queries" 2>&1 > /dev/null)"
+literal="$(build/bin/bench_control_literal --changes "$changes" --queries "$queries" 2>&1 > /dev/null || true)"
+per_second() { grep "^$1:" <<< "$2" | sed -E 's/.* = ([0-9.]+) datagrams\/s.*/\1/'; }
+
+sim=""
+if [ "$(id -u)" = 0 ]; then
+  echo "running oledd-sim for ${sim_seconds}s, both probe modes side by side ..." >&2
+  sim="$(python3 bench/sim_minute.py --seconds "$sim_seconds" --sim build/bin/oledd-sim --sim build-literal/bin/oledd-sim)"
+fi
+discover=""
+if [ "$(id -u)" = 0 ]; then
+  echo "measuring oledctl discover with $boxes boxes answering at once ..." >&2
+  # shellcheck disable=SC2086
+  discover="$(python3 bench/discover_burst.py $boxes)"
+fi
+sim_field() { awk -v p="$1" -v c="$2" '$1 == p { print $c }' <<< "$sim"; }
+
+echo
+echo "Benchmarks, $(date -u '+%Y-%m-%d %H:%M UTC'), $(nproc) cores, $(uname -m); bench/report.sh $*"
+echo
+row "measure" "ours" "baseline" "baseline is"
+row "----" "----" "--------" "-----------"
+row "paced register write, ns" "$paced" "$spin" "the bare 1 us pacing spin ($(ratio "$spin" "$paced") of it)"
+while IFS='|' read -r what floor bus; do
+  row "$what, bus time s" "$bus" "$floor" "1 us per register write ($(ratio "$floor" "$bus") of it)"
+done < <(sed -nE 's/^(.*[^ ]) +[0-9]+ writes +floor +([0-9.]+) s .*\(bus +([0-9.]+) s .*/\1|\2|\3/p' <<< "$panels")
+for set in led screen; do
+  ours="$(probe_field in-process "$set" 7)"; base="$(probe_field literal "$set" 7)"
+  row "probe CPU per call, $set set, us" "$ours" "$base" "every probe through the shell ($(ratio "$ours" "$base") ours)"
+  row "processes per pass, $set set" "$(probe_field in-process "$set" 6)" "$(probe_field literal "$set" 6)" \
+      "every probe through the shell"
+done
+if [ -n "$sim" ]; then
+  row "oledd-sim processes started per minute" "$(sim_field build/bin/oledd-sim 2)" \
+      "$(sim_field build-literal/bin/oledd-sim 2)" "oledd-sim built with OLEDD_LITERAL_SHELL"
+  row "oledd-sim CPU seconds per minute" "$(sim_field build/bin/oledd-sim 3)" \
+      "$(sim_field build-literal/bin/oledd-sim 3)" "the same, daemon and the processes it waited for"
+  row "oledd-sim resident memory after ${sim_seconds} s, kB" "$(sim_field build/bin/oledd-sim 4)" \
+      "$(sim_field build-literal/bin/oledd-sim 4)" "the same"
+else
+  row "oledd-sim rows" "skipped" "" "need root for the namespaces"
+fi
+while read -r count _ _ _ _ listed _; do
+  [ -n "$count" ] || continue
+  row "oledctl discover, boxes listed of $count answering" "$listed" "$count" "every box that answered"
+done <<< "$discover"
+ours="$(per_second changes "$control")"; base="$(per_second changes "$literal")"
+row "control datagrams/s, each changing a setting" "$ours" "$base" \
+    "truncate in place + system(\"sync\") ($(ratio "$base" "$ours") ours)"
+ours="$(per_second queries "$control")"; base="$(per_second queries "$literal")"
+row "control datagrams/s, queries (replyoled)" "$ours" "$base" "the same; ours does not rewrite the file"
+if [ $arm = 1 ]; then
+  stripped="$(mktemp /tmp/oledd-arm-XXXXXX)"
+  arm-linux-gnueabihf-strip -o "$stripped" build-arm/bin/oledd
+  row "ARM oledd, stripped, bytes" "$(stat -c %s "$stripped")" "$(stat -c %s build-arm/bin/oledd)" \
+      "unstripped (with debug information)"
+  rm -f "$stripped"
+else
+  row "ARM oledd size" "skipped" "" "no arm-linux-gnueabihf toolchain"
+fi

@@ -1,0 +1,220 @@
+"""A simulated box for the fault tests: eth0 at 192.168.1.20 on a veth
+pair to a peer namespace at 192.168.1.1, the status pages of the good
+fixture box, the loops running, and the daemon's process watched through
+/proc (memory, descriptors, children, threads, socket queue)."""
+
+import os
+import re
+import shutil
+import socket
+import time
+
+from harness import E2ETest, Netns, SimBox, link
+from test_startup import CANONICAL_DEFAULTS
+
+BOX = "192.168.1.20"
+PEER = "192.168.1.1"
+PORT = 16124
+GROUP = "224.168.1.1"
+SAVED = "[SaveConfig]-246: save config succeed"
+KEYS = [line.split("=")[0] for line in CANONICAL_DEFAULTS.splitlines()]
+FIXTURE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "fixtures", "good")
+
+# The settings the daemon prints after every handled datagram: counted,
+# not kept, so that a flood does not fill the test's memory.
+_SETTING_LINE = re.compile(r"^[A-Za-z_]+=")
+_READ_LINE = "[ReadConfig]-221: read_config: /data/oled.ini"
+
+
+class QuietSimBox(SimBox):
+    """A SimBox that keeps every output line but the settings listings."""
+
+    def __init__(self, **kw):
+        super().__init__(**kw)
+        self.saves = 0
+
+    def _collect(self):
+        for line in self.proc.stdout:
+            line = line.rstrip("\n")
+            if _SETTING_LINE.match(line) or line == _READ_LINE:
+                continue
+            with self._lock:
+                self.lines.append(line)
+                if line == SAVED:
+                    self.saves += 1
+
+
+def settings_text(values):
+    """The canonical settings file with some values changed."""
+    lines = []
+    for line in CANONICAL_DEFAULTS.splitlines():
+        key = line.split("=")[0]
+        lines.append("%s=%s" % (key, values[key]) if key in values else line)
+    return "\n".join(lines) + "\n"
+
+
+def whole_settings(data):
+    """Why data is not a whole settings file (38 canonical lines), or None."""
+    if not data.endswith(b"\n"):
+        return "does not end in a line break (%d bytes)" % len(data)
+    lines = data[:-1].split(b"\n")
+    keys = [line.split(b"=", 1)[0].decode("latin-1") for line in lines]
+    if keys != KEYS or any(b"=" not in line for line in lines):
+        return "keys %r" % keys
+    return None
+
+
+class Process:
+    """What /proc tells about one running process."""
+
+    def __init__(self, pid):
+        self.pid = pid
+
+    def _read(self, name):
+        with open("/proc/%d/%s" % (self.pid, name)) as f:
+            return f.read()
+
+    def sanitized(self):
+        """Whether the daemon runs with AddressSanitizer, whose quarantine
+        keeps freed memory resident on purpose."""
+        return "asan" in self._read("maps")
+
+    def rss_kb(self):
+        return int(re.search(r"VmRSS:\s+(\d+)", self._read("status")).group(1))
+
+    def threads(self):
+        return len(os.listdir("/proc/%d/task" % self.pid))
+
+    def descriptors(self):
+        """Sorted (number, target) of the open descriptors."""
+        found = []
+        folder = "/proc/%d/fd" % self.pid
+        for name in os.listdir(folder):
+            try:
+                found.append((int(name), os.readlink(os.path.join(folder, name))))
+            except FileNotFoundError:
+                pass  # closed while listed
+        return sorted(found)
+
+    def children(self):
+        """(pid, state) of every child of every thread."""
+        found = []
+        for task in os.listdir("/proc/%d/task" % self.pid):
+            try:
+                with open("/proc/%d/task/%s/children" % (self.pid, task)) as f:
+                    pids = [int(p) for p in f.read().split()]
+            except FileNotFoundError:
+                continue
+            for child in pids:
+                try:
+                    with open("/proc/%d/stat" % child) as f:
+                        found.append((child, f.read().rsplit(")", 1)[1].split()[0]))
+                except FileNotFoundError:
+                    pass
+        return found
+
+    def socket_queue(self, port=PORT):
+        """(bytes waiting, datagrams dropped) of the UDP socket on port, as
+        the daemon's own network namespace sees it."""
+        for line in self._read("net/udp").splitlines()[1:]:
+            fields = line.split()
+            if int(fields[1].split(":")[1], 16) == port:
+                return int(fields[4].split(":")[1], 16), int(fields[-1])
+        return 0, 0
+
+    def lasting_descriptors(self, seconds=1.0):
+        """The descriptors open all through a while: those the probes open
+        for a moment are left out."""
+        lasting = set(self.descriptors())
+        deadline = time.time() + seconds
+        while time.time() < deadline:
+            lasting &= set(self.descriptors())
+            time.sleep(0.003)
+        return sorted(lasting)
+
+    def quiet(self, descriptors, timeout=10.0):
+        """Waits for a moment when the probes have no shell and no file
+        open: no child and the given descriptors. Returns what was last seen
+        (children, descriptors) if that moment never comes."""
+        deadline = time.time() + timeout
+        while True:
+            children, now = self.children(), self.descriptors()
+            if not children and now == descriptors:
+                return None
+            if time.time() > deadline:
+                return children, now
+            time.sleep(0.003)
+
+
+class FaultTest(E2ETest):
+    """A box in its namespace, a peer with a control socket."""
+
+    def setUp(self):
+        super().setUp()
+        self.peer = Netns("peer")
+        self.addCleanup(self.peer.close)
+        link(self.netns, "eth0", BOX + "/24", self.peer, "veth0", [PEER + "/24"])
+        self.tool = self.peer.udp_socket()
+        self.addCleanup(self.tool.close)
+        self.tool.setsockopt(socket.IPPROTO_IP, socket.IP_MULTICAST_IF, socket.inet_aton(PEER))
+        self.settles = 0
+
+    def start_box(self, settings, board="BRD25"):
+        box = QuietSimBox(netns=self.netns, board=board)
+        self.addCleanup(box.close)
+        shutil.copytree(FIXTURE, box.root, dirs_exist_ok=True, symlinks=True)
+        box.write("/data/oled.ini", settings_text(settings))
+        self.sim = box
+        box.start()
+        box.wait_for(SAVED)
+        self.settle()
+        self.process = Process(box.proc.pid)
+        return box
+
+    def restart(self):
+        self.sim.stop()
+        self.sim.start()
+        self.settle()
+        self.process = Process(self.sim.proc.pid)
+
+    def send(self, payload, to=BOX, sock=None):
+        (sock or self.tool).sendto(payload if isinstance(payload, bytes) else payload.encode("latin-1"), (to, PORT))
+
+    def settle(self, timeout=20.0):
+        """Sends a marked query until it is handled; every datagram sent
+        before it has then been handled or dropped. Returns its reply."""
+        self.settles += 1
+        tag = "%s:settle-%d" % (BOX, self.settles)
+        deadline = time.time() + timeout
+        start = len(self.sim.output())
+        wait = 0.02  # short at first: a restarted server is up within ms
+        while True:
+            self.send("controlled=%s|replyoled" % tag)
+            try:
+                at = self.sim.wait_for("controlled ip " + tag, timeout=wait, after=start)
+                break
+            except AssertionError:
+                if time.time() > deadline or self.sim.proc.poll() is not None:
+                    raise
+                wait = min(0.5, wait * 2)
+        self.sim.wait_for(SAVED, after=at)
+        reply = None
+        self.tool.settimeout(3.0)
+        while True:
+            try:
+                data, _ = self.tool.recvfrom(65536)
+                reply = data
+                self.tool.settimeout(0.05)
+            except socket.timeout:
+                return reply
+
+    def assert_whole_file(self):
+        data = self.sim.read("/data/oled.ini", binary=True)
+        self.assertIsNone(whole_settings(data))
+        return data
+
+    def assert_answers(self):
+        """The daemon is alive and replies with the file it holds."""
+        self.assertIsNone(self.sim.proc.poll(), "the daemon died")
+        reply = self.settle()
+        self.assertEqual(reply, b"[oled]\n" + self.assert_whole_file())

@@ -1,0 +1,116 @@
+"""A flood of control datagrams (valid, malformed, oversized, aimed at
+other boxes) against a box whose screen and LED loops run: afterwards it
+answers, its memory has not grown, and its descriptors, children, threads
+and settings file are as they were.
+
+OLEDD_FLOOD=N sets the number of datagrams (default 100000)."""
+
+import os
+import random
+import socket
+import time
+
+from fault_box import BOX, GROUP, PEER, FaultTest
+from harness import main
+
+FLOOD = int(os.environ.get("OLEDD_FLOOD", "100000"))
+WARM_UP = min(10000, FLOOD // 10)
+# Resident memory may move by allocator noise; a leak of a few bytes per
+# datagram over the flood shows well above this.
+RSS_NOISE_KB = 1024
+SETTINGS = {"OLed_a_kind_start": "4", "OLed_a_sleep_tim": "1", "OLed_a_led_start": "1", "OLed_a_io": "1",
+            "OLed_a_small_n_start": "1", "kLed_outside_value": "1", "kLed_eth_gpio": "5_0",
+            "kLed_cpu_gpio": "5_1", "kLed_hdmi_gpio": "5_2", "kLed_pwr_gpio": "5_3"}
+
+# Items that leave the settings as they are: the file is not rewritten.
+STEADY = ["cpu=1", "vi=1", "sleep=1", "oled_string=WELCOME", "oled_str_en=1", "test=0", "led_on=1",
+          "replyoled=%s:9999" % PEER, "replyoled", "io=1", "sda=4_2"]
+# Items that change a setting; rare, each costs a durable save.
+CHANGING = ["cpu=0", "cpu=1", "sleep=2", "sleep=1", "oled_string=FLOOD", "oled_string=WELCOME"]
+KEYS = ["controlled", "oled_type", "led_on", "oled_str_en", "oled_string", "cpu", "vi", "ai", "net", "time",
+        "venc", "temp", "io", "sleep", "logo", "port", "sda", "scl", "cs", "dc", "res", "sml_sda", "sml_scl",
+        "vcc", "gnd", "pwr_led", "cpu_led", "eth_led", "hdmi_led", "test", "replyoled", "bogus", ""]
+
+
+def datagram(rng, i):
+    """The i-th datagram of the flood and where it goes."""
+    kind = i % 10
+    if kind == 0:
+        return bytes(rng.randrange(256) for _ in range(rng.randrange(0, 64))), BOX
+    if kind == 1:  # items without values, stray separators, NUL and line breaks
+        parts = [rng.choice(KEYS) + rng.choice(["", "=", "==", "=\n", "=\r", "=\x00x", "|", "=a|b"])
+                 for _ in range(rng.randrange(1, 12))]
+        return "|".join(parts).encode("latin-1"), BOX
+    if kind == 2:  # oversized: beyond the 1024-byte cut, up to a jumbo UDP payload
+        size = rng.choice([1023, 1024, 1025, 1500, 4096, 65000])
+        return ("cpu=1|" + "x" * size)[:size].encode(), BOX
+    if kind == 3:  # aimed at other boxes, by unicast and through the group
+        return ("controlled=192.168.1.%d|cpu=0|sleep=9" % rng.choice([21, 3, 200])).encode(), rng.choice([BOX, GROUP])
+    if kind == 4:  # one byte
+        return bytes([rng.randrange(256)]), BOX
+    if i % 1000 == 5:
+        return rng.choice(CHANGING).encode(), rng.choice([BOX, GROUP])
+    items = [rng.choice(STEADY) for _ in range(rng.randrange(1, 6))]
+    if kind == 6:
+        items.insert(0, "controlled=" + BOX)
+    return "|".join(items).encode(), rng.choice([BOX, GROUP])
+
+
+class Flood(FaultTest):
+    def send_flood(self, rng, first, count, sock):
+        """Sends datagrams first .. first+count-1, pacing on the daemon's
+        receive queue so that most are read rather than dropped."""
+        for i in range(first, first + count):
+            payload, to = datagram(rng, i)
+            try:
+                self.send(payload, to=to, sock=sock)
+            except OSError:  # 65000 bytes through a small send buffer
+                pass
+            if i % 64 == 63:
+                deadline = time.time() + 2.0
+                while self.process.socket_queue()[0] > 32768 and time.time() < deadline:
+                    time.sleep(0.0005)
+
+    def test_flood_leaves_no_trace(self):
+        box = self.start_box(SETTINGS)
+        # Replies of the flood's queries go to a socket nobody reads.
+        sink = self.peer.udp_socket(PEER, 9999)
+        self.addCleanup(sink.close)
+        sock = self.peer.udp_socket()
+        self.addCleanup(sock.close)
+        sock.setsockopt(socket.IPPROTO_IP, socket.IP_MULTICAST_IF, socket.inet_aton(PEER))
+        sock.setsockopt(socket.SOL_SOCKET, socket.SO_SNDBUF, 1 << 20)
+        rng = random.Random(16124)
+
+        # The first part brings allocator pools and buffers to their size.
+        self.send_flood(rng, 0, WARM_UP, sock)
+        self.settle()
+        descriptors = self.process.lasting_descriptors()
+        self.assertIsNone(self.process.quiet(descriptors))
+        rss, threads = self.process.rss_kb(), self.process.threads()
+        saves = box.saves
+        started = time.time()
+
+        self.send_flood(rng, WARM_UP, FLOOD - WARM_UP, sock)
+        self.assert_answers()
+        handled = box.saves - saves
+        print("%d datagrams in %.1f s, %d handled, %d dropped by the socket, rss %d -> %d kB" % (
+            FLOOD - WARM_UP, time.time() - started, handled, self.process.socket_queue()[1], rss,
+            self.process.rss_kb()))
+
+        self.assertIsNone(self.process.quiet(descriptors), "descriptors or children left over")
+        if not self.process.sanitized():
+            self.assertLess(self.process.rss_kb() - rss, RSS_NOISE_KB)
+        self.assertEqual(self.process.threads(), threads)
+        # Most datagrams the daemon should handle were read, not lost.
+        self.assertGreater(handled, (FLOOD - WARM_UP) // 3)
+        # Changes are still obeyed and saved after the flood.
+        self.send("sleep=7|oled_string=AFTER")
+        self.settle()
+        after = self.assert_whole_file()
+        self.assertIn(b"\nOLed_a_sleep_tim=7\n", after)
+        self.assertIn(b"\nOLed_a_small_n_buf=AFTER\n", after)
+
+
+if __name__ == "__main__":
+    main()
