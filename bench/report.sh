@@ -1,7 +1,7 @@
 #!/bin/bash
 # Every benchmark of the project in one run, each against its baseline,
 # printed as one table.
-#   bench/report.sh           full run (a one-minute oledd-sim run; ~5 min)
+#   bench/report.sh           full run (a one-minute oledd-sim run; 2-5 min)
 #   bench/report.sh --quick   shorter runs (10 s of oledd-sim; ~1.5 min)
 # Builds what it needs: build/ (host), build-literal/ (probes through the
 # shell, the baseline of oledd-sim), build-arm/ (the ARM oledd, for size).
@@ -90,13 +90,13 @@ echo "Benchmarks, $(date -u '+%Y-%m-%d %H:%M UTC'), $(nproc) cores, $(uname -m);
 echo
 row "measure" "ours" "baseline" "baseline is"
 row "----" "----" "--------" "-----------"
-row "paced register write, ns" "$paced" "$spin" "the bare 1 us pacing spin ($(ratio "$spin" "$paced") of it)"
+row "paced register write, ns" "$paced" "$spin" "the bare 1 us pacing spin; ours $(ratio "$spin" "$paced") of it"
 while IFS='|' read -r what floor bus; do
-  row "$what, bus time s" "$bus" "$floor" "1 us per register write ($(ratio "$floor" "$bus") of it)"
+  row "$what, bus time s" "$bus" "$floor" "1 us per register write; ours $(ratio "$floor" "$bus") of it"
 done < <(sed -nE 's/^(.*[^ ]) +[0-9]+ writes +floor +([0-9.]+) s .*\(bus +([0-9.]+) s .*/\1|\2|\3/p' <<< "$panels")
 for set in led screen; do
   ours="$(probe_field in-process "$set" 7)"; base="$(probe_field literal "$set" 7)"
-  row "probe CPU per call, $set set, us" "$ours" "$base" "every probe through the shell ($(ratio "$ours" "$base") ours)"
+  row "probe CPU per call, $set set, us" "$ours" "$base" "every probe through the shell, $(ratio "$ours" "$base") ours"
   row "processes per pass, $set set" "$(probe_field in-process "$set" 6)" "$(probe_field literal "$set" 6)" \
       "every probe through the shell"
 done
@@ -116,7 +116,7 @@ while read -r count _ _ _ _ listed _; do
 done <<< "$discover"
 ours="$(per_second changes "$control")"; base="$(per_second changes "$literal")"
 row "control datagrams/s, each changing a setting" "$ours" "$base" \
-    "truncate in place + system(\"sync\") ($(ratio "$base" "$ours") ours)"
+    "truncate in place + system(\"sync\"); ours $(ratio "$base" "$ours") as many"
 ours="$(per_second queries "$control")"; base="$(per_second queries "$literal")"
 row "control datagrams/s, queries (replyoled)" "$ours" "$base" "the same; ours does not rewrite the file"
 if [ $arm = 1 ]; then
