@@ -2,16 +2,16 @@
 
 #include <string.h>
 
+#include "gpio_master.h"
 #include "register_seam.h"
 
 namespace {
 
-const uint32_t kMuxBase = 0x120F0000;
+// The register map is the GPIO controller's own (gpio_master.h).
 const uint32_t kMuxSize = 0x1000;
-const uint32_t kGpioBase = 0x12150000;
-const uint32_t kGroupStride = 0x10000;
-const int kGroups = 25;
-const uint32_t kDirection = 0x400;
+const uint32_t kGroupStride = kGpioGroupStride;
+const int kGroups = kGpioGroups;
+const uint32_t kDirection = kGpioDirection;
 
 // Which group a GPIO address belongs to, or -1.
 int group_of(uint32_t addr, uint32_t* offset)

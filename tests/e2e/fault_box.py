@@ -10,7 +10,7 @@ import socket
 import time
 
 from harness import E2ETest, Netns, SimBox, link
-from test_startup import CANONICAL_DEFAULTS
+from test_startup import CANONICAL_DEFAULTS, settings_text
 
 BOX = "192.168.1.20"
 PEER = "192.168.1.1"
@@ -44,13 +44,6 @@ class QuietSimBox(SimBox):
                     self.saves += 1
 
 
-def settings_text(values):
-    """The canonical settings file with some values changed."""
-    lines = []
-    for line in CANONICAL_DEFAULTS.splitlines():
-        key = line.split("=")[0]
-        lines.append("%s=%s" % (key, values[key]) if key in values else line)
-    return "\n".join(lines) + "\n"
 
 
 def whole_settings(data):

@@ -6,7 +6,7 @@ import socket
 import time
 
 from harness import E2ETest, Netns, link
-from test_startup import CANONICAL_DEFAULTS
+from test_startup import settings_text
 
 BOX = "192.168.1.20"
 PORT = 16124
@@ -20,11 +20,7 @@ printf '           %s    0.00    1.20    0.05    0.00   95.23\\n\\n' "$(cat ../.
 
 
 def settings(**changes):
-    lines = []
-    for line in CANONICAL_DEFAULTS.splitlines():
-        key = line.split("=")[0]
-        lines.append("%s=%s" % (key, changes[key]) if key in changes else line)
-    return "\n".join(lines) + "\n"
+    return settings_text(changes)
 
 
 class LoopTest(E2ETest):

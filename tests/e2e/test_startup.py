@@ -18,6 +18,17 @@ CANONICAL_DEFAULTS = (
     "kLed_onboard=0\nkLed_onboard_value=0\nkLed_eth_onboard=0\nkLed_cpu_onboard=0\n"
     "kLed_hdmi_onboard=0\nkSwitch_gpio=0\n")
 
+
+
+def settings_text(values):
+    """The canonical settings file with some values changed."""
+    lines = []
+    for line in CANONICAL_DEFAULTS.splitlines():
+        key = line.split("=")[0]
+        lines.append("%s=%s" % (key, values[key]) if key in values else line)
+    return "\n".join(lines) + "\n"
+
+
 FAILED = "[get_hw_version]-1209: GetJsonValue() from file-hardware_info failed!"
 
 
