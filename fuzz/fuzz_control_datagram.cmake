@@ -1,1 +1,0 @@
-oled_fuzz_target(fuzz_control_datagram fuzz_control_datagram.cpp oled_daemon)
