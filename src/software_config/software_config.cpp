@@ -42,20 +42,6 @@ const KeyDefault kKeys[SoftwareConfig::kConfigCount] = {
 // settings file and is not read.
 const long kMaxFileSize = 1 << 20;
 
-// Just past the first "name=" in the line, or npos. A name holds no '=',
-// so every occurrence ends at one of the line's '=' signs: looking only
-// there is the same answer as a substring search, several times cheaper
-// on a file of 38 keys by 38 lines read after every control datagram.
-std::string::size_type value_offset(const std::string& line, const char* name, size_t name_size)
-{
-    for (std::string::size_type eq = line.find('='); eq != std::string::npos; eq = line.find('=', eq + 1)) {
-        if (eq >= name_size && line.compare(eq - name_size, name_size, name) == 0) {
-            return eq + 1;
-        }
-    }
-    return std::string::npos;
-}
-
 // Lines of a settings text: split at LF; a CR right before an LF goes with
 // it, and so does a CR at the very end of the text. Other CRs stay.
 std::vector<std::string> split_lines(const std::string& content)
@@ -149,20 +135,19 @@ void SoftwareConfig::ApplySettingsText(const std::string& text, std::vector<std:
 {
     const std::vector<std::string> lines = split_lines(text);
     for (int id = 0; id < kConfigCount && static_cast<size_t>(id) < values.size(); ++id) {
-        const char* name = kKeys[id].name;
-        const size_t name_size = strlen(name);
+        const std::string key = std::string(kKeys[id].name) + "=";
         for (size_t i = 0; i < lines.size(); ++i) {
             const std::string& line = lines[i];
             if (!line.empty() && (line[0] == ';' || line[0] == '!' || line[0] == '#')) {
                 continue;
             }
-            const std::string::size_type at = value_offset(line, name, name_size);
+            std::string::size_type at = line.find(key);
             if (at == std::string::npos) {
                 continue;
             }
             // The first line with the key decides; an empty value keeps
             // what was there.
-            std::string value = line.substr(at);
+            std::string value = line.substr(at + key.size());
             if (!value.empty()) {
                 values[id] = value;
             }
