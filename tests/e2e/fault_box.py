@@ -6,17 +6,11 @@ fixture box, the loops running, and the daemon's process watched through
 import os
 import re
 import shutil
-import socket
 import time
 
-from harness import E2ETest, Netns, SimBox, link
+from harness import PORT, SAVED, PeerTest, SimBox
 from test_startup import CANONICAL_DEFAULTS, settings_text
 
-BOX = "192.168.1.20"
-PEER = "192.168.1.1"
-PORT = 16124
-GROUP = "224.168.1.1"
-SAVED = "[SaveConfig]-246: save config succeed"
 KEYS = [line.split("=")[0] for line in CANONICAL_DEFAULTS.splitlines()]
 FIXTURE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "fixtures", "good")
 
@@ -139,18 +133,8 @@ class Process:
             time.sleep(0.003)
 
 
-class FaultTest(E2ETest):
-    """A box in its namespace, a peer with a control socket."""
-
-    def setUp(self):
-        super().setUp()
-        self.peer = Netns("peer")
-        self.addCleanup(self.peer.close)
-        link(self.netns, "eth0", BOX + "/24", self.peer, "veth0", [PEER + "/24"])
-        self.tool = self.peer.udp_socket()
-        self.addCleanup(self.tool.close)
-        self.tool.setsockopt(socket.IPPROTO_IP, socket.IP_MULTICAST_IF, socket.inet_aton(PEER))
-        self.settles = 0
+class FaultTest(PeerTest):
+    """A box with the good fixture's status pages and given settings."""
 
     def start_box(self, settings, board="BRD25"):
         box = QuietSimBox(netns=self.netns, board=board)
@@ -169,37 +153,6 @@ class FaultTest(E2ETest):
         self.sim.start()
         self.settle()
         self.process = Process(self.sim.proc.pid)
-
-    def send(self, payload, to=BOX, sock=None):
-        (sock or self.tool).sendto(payload if isinstance(payload, bytes) else payload.encode("latin-1"), (to, PORT))
-
-    def settle(self, timeout=20.0):
-        """Sends a marked query until it is handled; every datagram sent
-        before it has then been handled or dropped. Returns its reply."""
-        self.settles += 1
-        tag = "%s:settle-%d" % (BOX, self.settles)
-        deadline = time.time() + timeout
-        start = len(self.sim.output())
-        wait = 0.02  # short at first: a restarted server is up within ms
-        while True:
-            self.send("controlled=%s|replyoled" % tag)
-            try:
-                at = self.sim.wait_for("controlled ip " + tag, timeout=wait, after=start)
-                break
-            except AssertionError:
-                if time.time() > deadline or self.sim.proc.poll() is not None:
-                    raise
-                wait = min(0.5, wait * 2)
-        self.sim.wait_for(SAVED, after=at)
-        reply = None
-        self.tool.settimeout(3.0)
-        while True:
-            try:
-                data, _ = self.tool.recvfrom(65536)
-                reply = data
-                self.tool.settimeout(0.05)
-            except socket.timeout:
-                return reply
 
     def assert_whole_file(self):
         data = self.sim.read("/data/oled.ini", binary=True)

@@ -201,6 +201,67 @@ class E2ETest(unittest.TestCase):
         return b
 
 
+# The box and its peer in the control tests: a veth pair between them.
+BOX = "192.168.1.20"
+PEER = "192.168.1.1"
+PORT = 16124
+GROUP = "224.168.1.1"
+SAVED = "[SaveConfig]-246: save config succeed"
+
+
+class PeerTest(E2ETest):
+    """eth0 at BOX on a veth pair to a peer namespace at PEER (and
+    EXTRA_PEER_ADDRESSES), with a control socket in the peer. A test sets
+    self.sim to its started box."""
+
+    EXTRA_PEER_ADDRESSES = ()
+
+    def setUp(self):
+        super().setUp()
+        self.peer = Netns("peer")
+        self.addCleanup(self.peer.close)
+        link(self.netns, "eth0", BOX + "/24", self.peer, "veth0", [PEER + "/24"] + list(self.EXTRA_PEER_ADDRESSES))
+        self.tool = self.peer.udp_socket()
+        self.addCleanup(self.tool.close)
+        self.tool.setsockopt(socket.IPPROTO_IP, socket.IP_MULTICAST_IF, socket.inet_aton(PEER))
+        self.settles = 0
+        self.settled_at = 0
+
+    def send(self, payload, to=BOX, sock=None):
+        (sock or self.tool).sendto(payload if isinstance(payload, bytes) else payload.encode("latin-1"), (to, PORT))
+
+    def settle(self, timeout=20.0):
+        """Sends a marked query until it is handled; every datagram sent
+        before it has then been handled or dropped (one socket, in order).
+        Returns its reply; self.settled_at is the index of its first
+        output line."""
+        self.settles += 1
+        tag = "%s:settle-%d" % (BOX, self.settles)
+        deadline = time.time() + timeout
+        start = len(self.sim.output())
+        wait = 0.02  # short at first: a restarted server is up within ms
+        while True:
+            self.send("controlled=%s|replyoled" % tag)
+            try:
+                at = self.sim.wait_for("controlled ip " + tag, timeout=wait, after=start)
+                break
+            except AssertionError:
+                if time.time() > deadline or self.sim.proc.poll() is not None:
+                    raise
+                wait = min(0.5, wait * 2)
+        self.sim.wait_for(SAVED, after=at)
+        self.settled_at = at
+        reply = None
+        self.tool.settimeout(3.0)
+        while True:
+            try:
+                data, _ = self.tool.recvfrom(65536)
+                reply = data
+                self.tool.settimeout(0.05)
+            except socket.timeout:
+                return reply
+
+
 class Segment:
     """One Ethernet segment: a bridge in a namespace of its own, with
     multicast snooping off so that every group datagram reaches every port

@@ -6,69 +6,30 @@ group, and reads the replies."""
 import os
 import socket
 
-from harness import E2ETest, Netns, link, main
-
-BOX = "192.168.1.20"
-PORT = 16124
-GROUP = "224.168.1.1"
-SAVED = "[SaveConfig]-246: save config succeed"
+from harness import BOX, GROUP, PORT, SAVED, PeerTest, main
 
 
-class Control(E2ETest):
+class Control(PeerTest):
+    EXTRA_PEER_ADDRESSES = ("10.0.0.5/24",)
+
     def setUp(self):
         super().setUp()
-        self.peer = Netns("peer")
-        self.addCleanup(self.peer.close)
-        link(self.netns, "eth0", BOX + "/24", self.peer, "veth0", ["192.168.1.1/24", "10.0.0.5/24"])
         self.netns.ip("route", "add", "10.0.0.0/24", "via", "192.168.1.1")
-        self.tool = self.peer.udp_socket()
-        self.addCleanup(self.tool.close)
-        self.tool.setsockopt(socket.IPPROTO_IP, socket.IP_MULTICAST_IF, socket.inet_aton("192.168.1.1"))
 
     def start_box(self, files=None):
         self.sim = self.box(files=files)
         self.sim.start()
         self.sim.wait_for(SAVED)
-        self.settles = 0
         self.settle()
         return self.sim
 
     def mark(self):
         return len(self.sim.output())
 
-    def send(self, payload, to=BOX, sock=None):
-        (sock or self.tool).sendto(payload if isinstance(payload, bytes) else payload.encode(), (to, PORT))
-
     def reply(self, sock=None, timeout=3.0):
         sock = sock or self.tool
         sock.settimeout(timeout)
         return sock.recvfrom(65536)
-
-    def settle(self):
-        """Sends a marked query and waits until it is handled: every
-        datagram sent before has been handled then (one socket, in order).
-        Returns its reply (the last one to arrive) and the index of its
-        first output line."""
-        self.settles += 1
-        tag = "%s:settle-%d" % (BOX, self.settles)
-        start = self.mark()
-        # Sent again while unanswered: the server may not be up yet, or the
-        # marker was lost to a full receive queue.
-        for attempt in range(40):
-            self.send("controlled=%s|replyoled" % tag)
-            try:
-                at = self.sim.wait_for("controlled ip " + tag, timeout=1.0, after=start)
-                break
-            except AssertionError:
-                if attempt == 39:
-                    raise
-        self.sim.wait_for(SAVED, after=at)
-        last, _ = self.reply()
-        while True:
-            try:
-                last, _ = self.reply(timeout=0.2)
-            except socket.timeout:
-                return last, at
 
     def settings(self):
         return self.sim.read("/data/oled.ini", binary=True)
@@ -83,7 +44,8 @@ class Control(E2ETest):
             start = self.mark()
             for datagram in datagrams:  # a one-byte datagram is ignored
                 self.send(datagram)
-            _, end = self.settle()
+            self.settle()
+            end = self.settled_at
             self.assertEqual(self.lines(start, end).count(SAVED), 1)
             self.assertEqual(self.lines(start, end).count("you send error command"), errors)
             for line in changed:
@@ -96,7 +58,8 @@ class Control(E2ETest):
         start = self.mark()
         self.send("controlled=192.168.1.21|cpu=0")
         self.send("controlled=192.168.1.21|cpu=0", to=GROUP)
-        reply, end = self.settle()
+        reply = self.settle()
+        end = self.settled_at
         self.assertEqual(reply, b"[oled]\n" + content)
         after = os.stat(self.sim.host("/data/oled.ini"))
         self.assertEqual((before.st_ino, before.st_mtime_ns), (after.st_ino, after.st_mtime_ns))
@@ -104,8 +67,8 @@ class Control(E2ETest):
 
         start = self.mark()
         self.send("controlled=192.168.1.20|vi=0", to=GROUP)
-        _, end = self.settle()
-        self.assertEqual(self.lines(start, end)[0], "controlled ip 192.168.1.20")
+        self.settle()
+        self.assertEqual(self.lines(start, self.settled_at)[0], "controlled ip 192.168.1.20")
         self.assertIn(b"\nOLed_a_vi=0\n", self.settings())
 
     def test_replies_carry_the_file_before_the_change(self):
@@ -125,7 +88,7 @@ class Control(E2ETest):
         self.send("cpu=1|replyoled")
         data, _ = self.reply()
         self.assertEqual(data, b"[oled]\n" + canonical)
-        self.assertEqual(self.settle()[0], b"[oled]\n" + canonical.replace(b"OLed_a_cpu=0", b"OLed_a_cpu=1"))
+        self.assertEqual(self.settle(), b"[oled]\n" + canonical.replace(b"OLed_a_cpu=0", b"OLed_a_cpu=1"))
 
     def test_oversized_datagram_and_long_destination_do_no_harm(self):
         self.start_box()
@@ -136,7 +99,8 @@ class Control(E2ETest):
         self.tool.settimeout(0.5)
         with self.assertRaises(socket.timeout):
             self.tool.recvfrom(65536)
-        _, end = self.settle()
+        self.settle()
+        end = self.settled_at
         saved = self.settings()
         self.assertIn(b"\nOLed_a_cpu=0\n", saved)
         self.assertIn(b"\nOLed_a_sleep_tim=12\n", saved)

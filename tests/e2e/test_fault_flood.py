@@ -10,8 +10,8 @@ import random
 import socket
 import time
 
-from fault_box import BOX, GROUP, PEER, FaultTest
-from harness import main
+from fault_box import FaultTest
+from harness import BOX, GROUP, PEER, main
 
 FLOOD = int(os.environ.get("OLEDD_FLOOD", "100000"))
 WARM_UP = min(10000, FLOOD // 10)
