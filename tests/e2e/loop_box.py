@@ -2,14 +2,10 @@
 loops: settings from the canonical defaults with chosen changes, a fixed
 CPU load and temperature, an address on eth0 and a peer to send from."""
 
-import socket
 import time
 
-from harness import E2ETest, Netns, link
+from harness import PeerTest
 from test_startup import settings_text
-
-BOX = "192.168.1.20"
-PORT = 16124
 
 # The stand-in tools run in ROOT/home/public: the box's /tmp is ../../tmp.
 IOSTAT = """#!/bin/sh
@@ -23,15 +19,7 @@ def settings(**changes):
     return settings_text(changes)
 
 
-class LoopTest(E2ETest):
-    def setUp(self):
-        super().setUp()
-        self.peer = Netns("peer")
-        self.addCleanup(self.peer.close)
-        link(self.netns, "eth0", BOX + "/24", self.peer, "veth0", ["192.168.1.1/24"])
-        self.tool = self.peer.udp_socket()
-        self.addCleanup(self.tool.close)
-
+class LoopTest(PeerTest):
     def start_box(self, extra_files=None, args=(), **changes):
         files = {
             "/data/oled.ini": settings(**changes),
@@ -48,9 +36,6 @@ class LoopTest(E2ETest):
         self.sim.start(*args)
         self.sim.wait_for("save config succeed")
         return self.sim
-
-    def send(self, text):
-        self.tool.sendto(text.encode(), (BOX, PORT))
 
     def wait_until(self, check, timeout, what):
         deadline = time.time() + timeout

@@ -3,8 +3,8 @@ read back from panel.pgm, while control datagrams change what is shown."""
 
 import signal
 
-from harness import main
-from loop_box import BOX, LoopTest
+from harness import BOX, main
+from loop_box import LoopTest
 from panel_view import (big_digits_rows, grey_text_rows, page_is_blank, read_pgm, shows_address,
                         shows_pixels, shows_small_text)
 
