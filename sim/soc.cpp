@@ -7,20 +7,17 @@
 
 namespace {
 
-// The register map is the GPIO controller's own (gpio_master.h).
+// The register map is the GPIO controller's own; the mux block is one page.
 const uint32_t kMuxSize = 0x1000;
-const uint32_t kGroupStride = kGpioGroupStride;
-const int kGroups = kGpioGroups;
-const uint32_t kDirection = kGpioDirection;
 
 // Which group a GPIO address belongs to, or -1.
 int group_of(uint32_t addr, uint32_t* offset)
 {
-    if (addr < kGpioBase || addr >= kGpioBase + kGroups * kGroupStride) {
+    if (addr < kGpioBase || addr >= kGpioBase + kGpioGroups * kGpioGroupStride) {
         return -1;
     }
-    *offset = (addr - kGpioBase) % kGroupStride;
-    return static_cast<int>((addr - kGpioBase) / kGroupStride);
+    *offset = (addr - kGpioBase) % kGpioGroupStride;
+    return static_cast<int>((addr - kGpioBase) / kGpioGroupStride);
 }
 
 }  // namespace
@@ -73,10 +70,10 @@ uint32_t SimSoc::load(uint32_t addr)
     uint32_t offset = 0;
     int group = group_of(addr, &offset);
     if (group >= 0) {
-        if (offset == kDirection) {
+        if (offset == kGpioDirection) {
             return direction_[group];
         }
-        if (offset < kDirection && offset % 4 == 0) {
+        if (offset < kGpioDirection && offset % 4 == 0) {
             return levels_locked(group) & (offset >> 2);
         }
         return 0;
@@ -113,9 +110,9 @@ void SimSoc::store(uint32_t addr, uint32_t value)
 void SimSoc::store_gpio(int group, uint32_t offset, uint32_t value)
 {
     const uint32_t before = levels_locked(group);
-    if (offset == kDirection) {
+    if (offset == kGpioDirection) {
         direction_[group] = value & 0xFF;
-    } else if (offset < kDirection && offset % 4 == 0) {
+    } else if (offset < kGpioDirection && offset % 4 == 0) {
         const uint32_t mask = (offset >> 2) & 0xFF;
         data_[group] = (data_[group] & ~mask) | (value & mask);
     } else {
