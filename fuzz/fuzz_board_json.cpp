@@ -2,20 +2,18 @@
 // 128-byte identifier, and a found identifier is always terminated.
 #include <stddef.h>
 #include <stdint.h>
-#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
 #include <string>
 
 #include "board_identity.h"
+#include "fuzz_box.h"
 
 // Its diagnostics go to stdout; keep the fuzzer's output readable.
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
-    if (freopen("/dev/null", "w", stdout) == nullptr) {
-        abort();
-    }
+    silence_stdout();
     return 0;
 }
 
