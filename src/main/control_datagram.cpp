@@ -119,6 +119,7 @@ struct Datagram {
     SoftwareConfig& config;
     ReplySender& reply;
     ControlPeer destination;  // of replies: the sender until an item names another
+    unsigned int sender_port;
 };
 
 void send_reply(const std::string& value, Datagram& datagram)
@@ -132,9 +133,10 @@ void send_reply(const std::string& value, Datagram& datagram)
             return;
         }
         datagram.destination.address = address;
-        if (parts.size() > 1) {
-            datagram.destination.port = static_cast<unsigned int>(strtol_(parts[1].c_str(), 10));
-        }
+        // An address alone has no port of its own: the sender's, not one
+        // an earlier item of the datagram named.
+        datagram.destination.port = parts.size() > 1 ? static_cast<unsigned int>(strtol_(parts[1].c_str(), 10))
+                                                     : datagram.sender_port;
     }
     datagram.reply.send(datagram.destination.address.c_str(), datagram.destination.port, settings_reply());
 }
@@ -181,8 +183,10 @@ void carry_out_item(const std::string& item, Datagram& datagram)
     std::vector<std::string> parts;
     SplitString(item, parts, "=");
     const std::string key = parts.empty() ? std::string() : parts[0];
-    // Without "=" there is no value to act on; only a reply needs none.
-    if (item.find('=') == std::string::npos && key != "replyoled") {
+    const std::string value = parts.size() > 1 ? parts[1] : std::string();
+    // Without a value ("cpu", "cpu=") there is nothing to act on; only a
+    // reply needs none.
+    if (value.empty() && key != "replyoled") {
         return;
     }
     const Command* command = find_command(key);
@@ -190,7 +194,7 @@ void carry_out_item(const std::string& item, Datagram& datagram)
         puts("you send error command");
         return;
     }
-    carry_out(*command, parts.size() > 1 ? parts[1] : std::string(), datagram);
+    carry_out(*command, value, datagram);
 }
 
 }  // namespace
@@ -212,7 +216,7 @@ bool handle_control_datagram(const char* text, long length, const ControlPeer& s
     }
 
     std::shared_ptr<SoftwareConfig> config = Singleton<SoftwareConfig>::instance();
-    Datagram datagram = {*config, reply, sender};
+    Datagram datagram = {*config, reply, sender, sender.port};
     std::vector<std::string> items;
     SplitString(command_text, items, "|");
     for (size_t i = 0; i < items.size(); ++i) {

@@ -1,12 +1,15 @@
 #include "control_server.h"
 
 #include <arpa/inet.h>
+#include <stdio.h>
 #include <string.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <memory>
 
 #include "control_datagram.h"
+#include "reply_limiter.h"
 #include "runtime_settings.h"
 #include "singleton.h"
 #include "software_config.h"
@@ -20,19 +23,42 @@ const char kControlInterface[] = "eth0";
 // A receive that fails at once (no socket) must not spin the core.
 const useconds_t kFailedReceivePause = 100 * 1000;
 
-// Replies leave through the server's own socket.
+#ifdef OLEDD_LITERAL_REPLIES
+const bool kLimitReplies = false;  // every datagram answered: a benchmark's baseline
+#else
+const bool kLimitReplies = true;
+#endif
+
+int64_t monotonic_ms()
+{
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
+}
+
+// Replies leave through the server's own socket, within the limiter's
+// budget.
 class SocketReply : public ReplySender {
 public:
     explicit SocketReply(UDPSocket& socket) : socket_(socket) {}
 
     void send(const char* ip, unsigned int port, const std::string& payload) override
     {
+        const ReplyLimiter::Verdict verdict =
+            kLimitReplies ? limiter_.allow(inet_addr(ip), monotonic_ms()) : ReplyLimiter::kSend;
+        if (verdict == ReplyLimiter::kDropAndTell) {
+            printf("replyoled: replies are being limited, one to %s dropped\n", ip);
+        }
+        if (verdict != ReplyLimiter::kSend) {
+            return;
+        }
         // A lost reply is not retried: the tool asks again.
         socket_.SendTo(ip, port, payload.data(), static_cast<long>(payload.size()));
     }
 
 private:
     UDPSocket& socket_;
+    ReplyLimiter limiter_;
 };
 
 }  // namespace

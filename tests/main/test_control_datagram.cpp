@@ -129,12 +129,14 @@ TEST_F(ControlDatagram, UnknownKeysAreReportedAndItemsWithoutValueIgnored)
     EXPECT_EQ(count("you send error command\n"), 1);
     EXPECT_TRUE(oled_display_cpu);
     EXPECT_FALSE(oled_display_vi);
-    handle("CPU=0|cpu =0|=0|cpu|bogus||oled_string|test|ai=x|temp=");
+    // An empty value is no value: "cpu=" is "cpu", for every key.
+    handle("CPU=0|cpu =0|=0|cpu|bogus||oled_string|test|ai=x|cpu=|sleep=|oled_string=|test=|temp==0|bogus=");
     EXPECT_EQ(count("you send error command\n"), 3);
-    EXPECT_TRUE(oled_display_cpu);
+    EXPECT_TRUE(oled_display_cpu && oled_display_temp);
+    EXPECT_EQ(oled_sleep_time, 3);
     EXPECT_STREQ(oled_data, "WELCOME\n");
     EXPECT_EQ(led_test, 0);
-    EXPECT_EQ(settings_file(), defaults_with({"OLed_a_vi=0", "OLed_a_ai=-1", "OLed_a_temp=-1"}));
+    EXPECT_EQ(settings_file(), defaults_with({"OLed_a_vi=0", "OLed_a_ai=-1"}));
 }
 
 TEST_F(ControlDatagram, LedSwitchFollowsOnboardOrOutside)
@@ -206,7 +208,8 @@ TEST_F(ControlDatagram, RepliesGoToTheSenderOrTheNamedDestination)
         {"replyoled", {"192.168.1.1:40000"}},
         {"replyoled=", {"192.168.1.1:40000"}},
         {"replyoled=10.0.0.5:9000", {"10.0.0.5:9000"}},
-        {"replyoled=10.0.0.5", {"10.0.0.5:40000"}},  // no port: the sender's
+        // No port: the sender's, even after an item that named one.
+        {"replyoled=10.0.0.5:9000|replyoled=10.0.0.6|replyoled", {"10.0.0.5:9000", "10.0.0.6:40000", "10.0.0.6:40000"}},
         // A destination holds for the datagram's later bare items.
         {"replyoled=10.0.0.5:9000|cpu=1|replyoled|replyoled=10.0.0.6:7|replyoled",
          {"10.0.0.5:9000", "10.0.0.5:9000", "10.0.0.6:7", "10.0.0.6:7"}},

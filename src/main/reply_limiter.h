@@ -1,0 +1,62 @@
+#ifndef OLED_MAIN_REPLY_LIMITER_H
+#define OLED_MAIN_REPLY_LIMITER_H
+
+#include <stdint.h>
+
+// Bounds the settings replies the box sends, so that datagrams naming a
+// third party (replyoled=ADDRESS:PORT, or a forged sender) cannot turn it
+// into an amplifier: a token bucket per destination address, as DNS
+// servers limit their responses, and one for the whole box. Time comes
+// from the caller (milliseconds of a monotonic clock), so tests drive it.
+class ReplyLimiter {
+public:
+    enum Verdict {
+        kSend,
+        kDrop,
+        kDropAndTell  // dropped, and the first drop for a while: say so
+    };
+
+    // A tool polls a box a few times a second and a script may read it a
+    // handful of times at once: 10 replies a second with a burst of 20
+    // answer both, while a flood aimed at one address gets about 7 kB/s
+    // out of the box (a reply is ~700 bytes) whatever it sends.
+    static const int kPerDestinationPerSecond = 10;
+    static const int kPerDestinationBurst = 20;
+    // Many destinations at once still get no more than ~70 kB/s from the
+    // box in all. Only replies sent count here, so a flood aimed at one
+    // address, once its own bucket is empty, leaves the rest to others.
+    static const int kWholeBoxPerSecond = 100;
+    static const int kWholeBoxBurst = 100;
+    // Enough for the tools of a studio; beyond it the least recently seen
+    // destination is forgotten (its next reply starts a full bucket, and
+    // the whole-box cap still holds).
+    static const int kDestinations = 64;
+    static const int64_t kTellEveryMs = 10 * 1000;
+
+    ReplyLimiter();
+
+    // Whether a reply to destination (IPv4 address, network order) may be
+    // sent at now_ms; a reply allowed is counted as sent.
+    Verdict allow(uint32_t destination, int64_t now_ms);
+
+private:
+    struct Bucket {
+        int64_t tokens;  // in thousandths of a reply
+        int64_t refilled_ms;
+    };
+    struct Destination {
+        uint32_t address;
+        int64_t seen_ms;
+        bool in_use;
+        Bucket bucket;
+    };
+
+    Destination& find(uint32_t address, int64_t now_ms);
+
+    Destination destinations_[kDestinations];
+    Bucket whole_box_;
+    int64_t told_ms_;
+    bool told_;
+};
+
+#endif
