@@ -78,9 +78,9 @@ class Netns:
         run("ip", "netns", "del", self.name, check=False)
 
 
-def link(box_ns, box_if, box_addr, peer_ns, peer_if, peer_addrs):
+def link(box_ns, box_if, box_addr, peer_ns, peer_if, peer_addrs, group_route=True):
     """A veth pair between two namespaces, each end with its addresses
-    (CIDR), multicast routed through it."""
+    (CIDR); with group_route, multicast routed through it."""
     tmp = "v" + uuid.uuid4().hex[:10]
     run("ip", "link", "add", tmp, "netns", box_ns.name, "type", "veth", "peer", "name", tmp + "p", "netns", peer_ns.name)
     box_ns.ip("link", "set", tmp, "name", box_if)
@@ -89,7 +89,8 @@ def link(box_ns, box_if, box_addr, peer_ns, peer_if, peer_addrs):
         for addr in addrs:
             ns.ip("addr", "add", addr, "dev", ifname)
         ns.ip("link", "set", ifname, "up")
-        ns.ip("route", "add", "224.0.0.0/4", "dev", ifname)
+        if group_route:
+            ns.ip("route", "add", "224.0.0.0/4", "dev", ifname)
     _wait_until_carrying(box_ns, box_if)
     _wait_until_carrying(peer_ns, peer_if)
 
@@ -98,8 +99,9 @@ class SimBox:
     """One simulated appliance: a root folder, an output folder and an
     oledd-sim process whose standard output is collected."""
 
-    def __init__(self, netns=None, files=None, board=None):
+    def __init__(self, netns=None, files=None, board=None, program=None):
         self.netns = netns
+        self.program = program or os.path.join(BIN_DIR, "oledd-sim")
         self.root = tempfile.mkdtemp(prefix="oledt-root-")
         self.out = tempfile.mkdtemp(prefix="oledt-out-")
         self.proc = None
@@ -127,7 +129,7 @@ class SimBox:
             return f.read()
 
     def start(self, *extra, user=None):
-        argv = [os.path.join(BIN_DIR, "oledd-sim"), "--root", self.root, "--out", self.out] + list(extra)
+        argv = [self.program, "--root", self.root, "--out", self.out] + list(extra)
         if user is not None:
             argv = ["setpriv", "--reuid=%d" % user, "--regid=%d" % user, "--clear-groups"] + argv
         if self.netns is not None:
@@ -195,8 +197,8 @@ class E2ETest(unittest.TestCase):
         self.netns = Netns()
         self.addCleanup(self.netns.close)
 
-    def box(self, netns=None, **kw):
-        b = SimBox(netns=netns or self.netns, **kw)
+    def box(self, netns=None, kind=None, **kw):
+        b = (kind or SimBox)(netns=netns or self.netns, **kw)
         self.addCleanup(b.close)
         return b
 

@@ -1,23 +1,25 @@
 """The control protocol end to end: a box (eth0 at 192.168.1.20) and a peer
-(192.168.1.1, and 10.0.0.5 for reply destinations) joined by a veth pair in
-namespaces of their own; the peer sends datagrams by unicast and to the
-group, and reads the replies."""
+(192.168.1.1) joined by a veth pair in namespaces of their own, and for
+reply destinations a third host (10.0.0.5) behind the peer; the peer sends
+datagrams by unicast and to the group, and reads the replies.
+
+OLEDD_REFLECT_RATE sets the datagrams a second of the reflection flood
+(default 1000)."""
 
 import os
 import socket
+import time
 
-from harness import BOX, GROUP, PEER, PORT, SAVED, PeerTest, main
+from fault_box import Process, QuietSimBox
+from harness import BOX, GROUP, PORT, SAVED, PeerTest, main
+from reflection_flood import THIRD, ThirdHost, describe, flood
+
+REFLECT_RATE = int(os.environ.get("OLEDD_REFLECT_RATE", "1000"))
 
 
 class Control(PeerTest):
-    EXTRA_PEER_ADDRESSES = ("10.0.0.5/24",)
-
-    def setUp(self):
-        super().setUp()
-        self.netns.ip("route", "add", "10.0.0.0/24", "via", PEER)
-
-    def start_box(self, files=None):
-        self.sim = self.box(files=files)
+    def start_box(self, files=None, kind=None):
+        self.sim = self.box(files=files, kind=kind)
         self.sim.start()
         self.sim.wait_for(SAVED)
         self.settle()
@@ -65,12 +67,6 @@ class Control(PeerTest):
         self.assertEqual(data, b"[oled]\n" + canonical)
         self.assertEqual(sender, (BOX, PORT))
 
-        elsewhere = self.peer.udp_socket("10.0.0.5", 9000)
-        self.addCleanup(elsewhere.close)
-        self.send("replyoled=10.0.0.5:9000")
-        data, _ = self.reply(elsewhere)
-        self.assertEqual(data, b"[oled]\n" + canonical)
-
         self.send("cpu=1|replyoled")
         data, _ = self.reply()
         self.assertEqual(data, b"[oled]\n" + canonical)
@@ -93,6 +89,32 @@ class Control(PeerTest):
         self.assertIn(b"\nOLed_a_vi=1\n", saved)
         self.assertEqual(sum("longer than 15 characters" in line for line in self.lines(start, end)), 1)
         self.assertIsNone(self.sim.proc.poll())
+
+    def test_a_flood_naming_a_third_host_is_not_amplified(self):
+        sim = self.start_box(kind=QuietSimBox)
+        third = ThirdHost(self.netns, self.peer)
+        self.addCleanup(third.close)
+        attacker = self.peer.udp_socket()
+        self.addCleanup(attacker.close)
+        box = Process(sim.proc.pid)
+        saves, socket_drops, start = sim.saves, box.socket_queue()[1], self.mark()
+
+        figures = flood(attacker, self.tool, third, seconds=5.0, rate=REFLECT_RATE)
+        print(describe(figures))
+        self.assertEqual(figures["third_drops"], 0, "the count at the third host is not whole")
+        self.assertLessEqual(figures["third_bytes"], figures["sent_bytes"])
+        self.assertEqual(figures["first_at_third"], b"[oled]\n" + self.settings())
+        self.assertEqual(figures["answered"], figures["polls"])
+        # A dropped reply changes nothing else: every datagram the socket
+        # took in was carried out and saved.
+        expected = figures["sent_datagrams"] + figures["polls"]
+        deadline = time.time() + 10
+        while sim.saves - saves + box.socket_queue()[1] - socket_drops < expected and time.time() < deadline:
+            time.sleep(0.05)
+        self.assertEqual(sim.saves - saves + box.socket_queue()[1] - socket_drops, expected)
+        told = [line for line in self.lines(start, None) if "replies are being limited" in line]
+        self.assertEqual(len(told), 1, told)
+        self.assertIn(THIRD, told[0])
 
 
 if __name__ == "__main__":
