@@ -4,7 +4,8 @@
 #   bench/report.sh           full run (a one-minute oledd-sim run; 2-5 min)
 #   bench/report.sh --quick   shorter runs (10 s of oledd-sim; ~1.5 min)
 # Builds what it needs: build/ (host), build-literal/ (probes through the
-# shell, the baseline of oledd-sim), build-arm/ (the ARM oledd, for size).
+# shell and every datagram answered, the baseline of oledd-sim),
+# build-arm/ (the ARM oledd, for size).
 # Needs root for the oledd-sim rows (namespaces); they are skipped without.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -39,7 +40,7 @@ build() {  # dir, cmake options..., -- targets...
 
 echo "building ..." >&2
 build build -- bench_pacing bench_panels bench_probes bench_control bench_control_literal oledd-sim oledctl
-build build-literal -DOLEDD_LITERAL_SHELL=ON -- oledd-sim
+build build-literal -DOLEDD_LITERAL_SHELL=ON -DOLEDD_LITERAL_REPLIES=ON -- oledd-sim
 arm=1
 if command -v arm-linux-gnueabihf-g++ > /dev/null; then
   build build-arm -DCMAKE_TOOLCHAIN_FILE=cmake/arm-linux-gnueabihf.cmake -DOLEDD_HOST_TOOLS=OFF -- oledd
@@ -83,7 +84,12 @@ if [ "$(id -u)" = 0 ]; then
   # shellcheck disable=SC2086
   discover="$(python3 bench/discover_burst.py $boxes)"
 fi
-sim_field() { awk -v p="$1" -v c="$2" '$1 == p { print $c }' <<< "$sim"; }
+reflection=""
+if [ "$(id -u)" = 0 ]; then
+  echo "flooding a box with replyoled=THIRD:PORT for 5 s, both builds ..." >&2
+  reflection="$(python3 bench/reflection_flood.py --sim build/bin/oledd-sim --sim build-literal/bin/oledd-sim)"
+fi
+sim_field() { awk -v p="$1" -v c="$2" '$1 == p { print $c }' <<< "${3:-$sim}"; }  # path, column[, lines]
 
 echo
 echo "Benchmarks, $(date -u '+%Y-%m-%d %H:%M UTC'), $(nproc) cores, $(uname -m); bench/report.sh $*"
@@ -109,6 +115,10 @@ if [ -n "$sim" ]; then
       "$(sim_field build-literal/bin/oledd-sim 4)" "the same"
 else
   row "oledd-sim rows" "skipped" "" "need root for the namespaces"
+fi
+if [ -n "$reflection" ]; then
+  row "reply bytes per byte sent, replyoled flood 1000/s" "$(sim_field build/bin/oledd-sim 2 "$reflection")" \
+      "$(sim_field build-literal/bin/oledd-sim 2 "$reflection")" "oledd-sim built with OLEDD_LITERAL_REPLIES: every datagram answered"
 fi
 while read -r count _ _ _ _ listed _; do
   [ -n "$count" ] || continue
