@@ -100,7 +100,7 @@ class Control(PeerTest):
         saves, socket_drops, start = sim.saves, box.socket_queue()[1], self.mark()
 
         figures = flood(attacker, self.tool, third, seconds=5.0, rate=REFLECT_RATE)
-        print(describe(figures))
+        print(describe(figures), "; the box's socket dropped", box.socket_queue()[1] - socket_drops)
         self.assertEqual(figures["third_drops"], 0, "the count at the third host is not whole")
         self.assertLessEqual(figures["third_bytes"], figures["sent_bytes"])
         self.assertEqual(figures["first_at_third"], b"[oled]\n" + self.settings())
