@@ -15,7 +15,7 @@ import sys
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(HERE, "..", "tests", "e2e"))
 from harness import BOX, PEER, SAVED, Netns, SimBox, link  # noqa: E402
-from reflection_flood import ThirdHost, flood, wait_until_answering  # noqa: E402
+from reflection_flood import ThirdHost, ask, flood  # noqa: E402
 
 
 def measure(sim, seconds, rate):
@@ -29,7 +29,8 @@ def measure(sim, seconds, rate):
         box.wait_for(SAVED)
         attacker, operator = peer.udp_socket(), peer.udp_socket()
         sockets += [attacker, operator]
-        wait_until_answering(operator)
+        if not any(ask(operator, 0.2) is not None for _ in range(50)):  # it has just started
+            sys.exit("reflection_flood.py: %s never answered" % sim)
         figures = flood(attacker, operator, third, seconds=seconds, rate=rate)
     finally:
         for sock in sockets:

@@ -48,28 +48,23 @@ class ThirdHost:
         self.netns.close()
 
 
-def wait_until_answering(sock, timeout=20.0):
-    """Polls until the box answers (it has just been started)."""
-    deadline = time.time() + timeout
-    sock.settimeout(0.2)
-    while time.time() < deadline:
-        sock.sendto(QUERY, (BOX, PORT))
-        try:
-            sock.recvfrom(65536)
-            _drain(sock)
-            return
-        except socket.timeout:
-            pass
-    raise AssertionError("the box never answered")
-
-
-def _drain(sock):
-    sock.settimeout(0.05)
+def ask(sock, wait):
+    """Sends the operator's query, late answers to earlier ones dropped;
+    the seconds its answer took, or None."""
+    sock.setblocking(False)
     try:
         while True:
             sock.recvfrom(65536)
-    except socket.timeout:
+    except BlockingIOError:
         pass
+    asked = time.monotonic()
+    sock.sendto(QUERY, (BOX, PORT))
+    sock.settimeout(wait)
+    try:
+        sock.recvfrom(65536)
+        return time.monotonic() - asked
+    except socket.timeout:
+        return None
 
 
 def _count(sock, stop, figures):
@@ -90,29 +85,12 @@ def _poll(sock, until, figures):
     next_at = time.monotonic()
     while next_at < until:
         time.sleep(max(0.0, next_at - time.monotonic()))
-        _drain_now(sock)
-        asked = time.monotonic()
-        sock.sendto(QUERY, (BOX, PORT))
+        took = ask(sock, ANSWER_WAIT)
         figures["polls"] += 1
-        sock.settimeout(ANSWER_WAIT)
-        try:
-            sock.recvfrom(65536)
+        if took is not None:
             figures["answered"] += 1
-            figures["slowest_answer"] = max(figures["slowest_answer"], time.monotonic() - asked)
-        except socket.timeout:
-            pass
+            figures["slowest_answer"] = max(figures["slowest_answer"], took)
         next_at += POLL_EVERY
-
-
-def _drain_now(sock):
-    sock.setblocking(False)
-    try:
-        while True:
-            sock.recvfrom(65536)
-    except BlockingIOError:
-        pass
-    finally:
-        sock.setblocking(True)
 
 
 def flood(attacker, operator, third, seconds=5.0, rate=1000, after=1.5):
