@@ -55,6 +55,10 @@ function isSwitch(key) {
   return command.kind === 'integer' && command.min === 0 && command.max === 1;
 }
 
+function addressOrder(address) {
+  return address.split('.').reduce((number, part) => number * 256 + Number(part), 0);
+}
+
 function rows() {
   return Array.from(document.querySelectorAll('#boxes tbody tr'));
 }
@@ -127,8 +131,11 @@ function makeRow(address) {
 function show(box) {
   const body = document.querySelector('#boxes tbody');
   let row = body.querySelector('tr[data-address="' + box.address + '"]');
-  if (!row) row = makeRow(box.address);
-  body.append(row);  // keeps the server's order
+  if (!row) {
+    row = makeRow(box.address);
+    const after = rows().find((other) => addressOrder(other.dataset.address) > addressOrder(box.address));
+    body.insertBefore(row, after || null);
+  }
   row.classList.toggle('silent', !box.answering);
   row.querySelector('.state').textContent = box.answering ? 'answers'
     : box.last_answer ? 'no answer since ' + clock(box.last_answer) : 'no answer';
