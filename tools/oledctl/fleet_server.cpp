@@ -110,6 +110,12 @@ int serve(const CliOptions& options) {
                                 {"X-Content-Type-Options", "nosniff"},
                                 {"X-Frame-Options", "DENY"},
                                 {"Content-Security-Policy", "default-src 'self'; frame-ancestors 'none'"}});
+    // The library's default adds SO_REUSEPORT, which lets a second
+    // server take the same port and half of the requests.
+    server.set_socket_options([](socket_t sock) {
+        int yes = 1;
+        setsockopt(sock, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+    });
     server.set_pre_routing_handler(
         [&token](const httplib::Request& request, httplib::Response& response) { return guard(request, response, token); });
     add_routes(server, api);
