@@ -46,8 +46,7 @@ function clock(seconds) {
 
 // A flag as the box reads it: a leading number, -1 when there is none.
 function isOn(value) {
-  const number = Number.parseInt(value, 10);
-  return Number.isNaN(number) ? true : number !== 0;
+  return /^-?[0-9]/.test(value) ? Number.parseInt(value, 10) !== 0 : true;
 }
 
 function isSwitch(key) {
