@@ -109,6 +109,7 @@ int serve(const CliOptions& options) {
     server.set_default_headers({{"Cache-Control", "no-store"},
                                 {"X-Content-Type-Options", "nosniff"},
                                 {"X-Frame-Options", "DENY"},
+                                {"Referrer-Policy", "no-referrer"},
                                 {"Content-Security-Policy", "default-src 'self'; frame-ancestors 'none'"}});
     // The library's default adds SO_REUSEPORT, which lets a second
     // server take the same port and half of the requests.
