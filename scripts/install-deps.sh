@@ -10,6 +10,8 @@ HOST_PKGS=(
   sysstat iproute2 procps python3
   clang libclang-rt-14-dev
   g++-arm-linux-gnueabihf qemu-user
+  libcpp-httplib-dev nlohmann-json3-dev
+  chromium chromium-driver python3-selenium
 )
 ARM_PKGS=(libcjson-dev:armhf)
 

@@ -1,6 +1,7 @@
 """Runs oledd-sim as a whole program inside network namespaces that the
 test makes itself, so that no packet ever leaves them."""
 
+import contextlib
 import ctypes
 import os
 import shutil
@@ -55,12 +56,7 @@ class Netns:
 
         def make():
             try:
-                fd = os.open("/var/run/netns/" + self.name, os.O_RDONLY)
-                try:
-                    if _libc.setns(fd, _CLONE_NEWNET) != 0:
-                        raise OSError(ctypes.get_errno(), "setns into " + self.name)
-                finally:
-                    os.close(fd)
+                _setns("/var/run/netns/" + self.name)
                 sock = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
                 sock.bind((address, port))
                 made["socket"] = sock
@@ -74,8 +70,33 @@ class Netns:
             raise made["error"]
         return made["socket"]
 
+    @contextlib.contextmanager
+    def entered(self):
+        """The calling thread works inside this namespace meanwhile: its
+        sockets and the processes it starts (a browser) live there."""
+        home = os.open("/proc/thread-self/ns/net", os.O_RDONLY)
+        try:
+            _setns("/var/run/netns/" + self.name)
+            try:
+                yield
+            finally:
+                if _libc.setns(home, _CLONE_NEWNET) != 0:
+                    raise OSError(ctypes.get_errno(), "setns back home")
+        finally:
+            os.close(home)
+
     def close(self):
         run("ip", "netns", "del", self.name, check=False)
+
+
+def _setns(path):
+    """Moves the calling thread into the network namespace at path."""
+    fd = os.open(path, os.O_RDONLY)
+    try:
+        if _libc.setns(fd, _CLONE_NEWNET) != 0:
+            raise OSError(ctypes.get_errno(), "setns into " + path)
+    finally:
+        os.close(fd)
 
 
 def link(box_ns, box_if, box_addr, peer_ns, peer_if, peer_addrs, group_route=True):
@@ -295,6 +316,47 @@ class Segment:
 
     def close(self):
         self.netns.close()
+
+
+class OperatorSegment(E2ETest):
+    """The operator's PC (self.netns, at OPERATOR) on a segment of its own,
+    and boxes each in a namespace plugged into it."""
+
+    OPERATOR = "10.0.0.100"
+
+    def setUp(self):
+        super().setUp()
+        self.segment = Segment()
+        self.addCleanup(self.segment.close)
+        self.segment.attach(self.netns, "eth0", self.OPERATOR + "/24")
+
+    def station(self, addr):
+        """A namespace on the segment whose eth0 has addr."""
+        ns = Netns("box")
+        self.addCleanup(ns.close)
+        self.segment.attach(ns, "eth0", addr + "/24")
+        return ns
+
+    def serving_box(self, addr, files=None):
+        box = self.box(netns=self.station(addr), files=files)
+        box.start()
+        box.wait_for("save config succeed")
+        deadline = time.time() + 15
+        while time.time() < deadline:
+            if self.oledctl("get", "--box", addr, "--timeout", "0.3").returncode == 0:
+                return box
+        self.fail("box %s never answered:\n%s" % (addr, "\n".join(box.output()[-20:])))
+
+    def oledctl(self, *args):
+        return run_tool(self.netns, "oledctl", *args)
+
+    def wait_for_setting(self, box, line, timeout=5.0):
+        deadline = time.time() + timeout
+        while time.time() < deadline:
+            if line in box.read("/data/oled.ini").splitlines():
+                return
+            time.sleep(0.05)
+        self.fail("%s never appeared in:\n%s" % (line, box.read("/data/oled.ini")))
 
 
 def _wait_until_carrying(netns, ifname, timeout=5.0):

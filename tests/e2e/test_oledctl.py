@@ -4,46 +4,12 @@ namespace of its own, the operator's PC and each box in theirs."""
 import json
 import time
 
-from harness import E2ETest, Listener, Netns, Segment, main, run_tool
+from harness import Listener, Netns, OperatorSegment, Segment, main
 
-OPERATOR = "10.0.0.100"
+OPERATOR = OperatorSegment.OPERATOR
 
 
-class OperatorTool(E2ETest):
-    def setUp(self):
-        super().setUp()  # self.netns is the operator's PC
-        self.segment = Segment()
-        self.addCleanup(self.segment.close)
-        self.segment.attach(self.netns, "eth0", OPERATOR + "/24")
-
-    def station(self, addr):
-        """A namespace on the segment whose eth0 has addr."""
-        ns = Netns("box")
-        self.addCleanup(ns.close)
-        self.segment.attach(ns, "eth0", addr + "/24")
-        return ns
-
-    def serving_box(self, addr, files=None):
-        box = self.box(netns=self.station(addr), files=files)
-        box.start()
-        box.wait_for("save config succeed")
-        deadline = time.time() + 15
-        while time.time() < deadline:
-            if self.oledctl("get", "--box", addr, "--timeout", "0.3").returncode == 0:
-                return box
-        self.fail("box %s never answered:\n%s" % (addr, "\n".join(box.output()[-20:])))
-
-    def oledctl(self, *args):
-        return run_tool(self.netns, "oledctl", *args)
-
-    def wait_for_setting(self, box, line, timeout=5.0):
-        deadline = time.time() + timeout
-        while time.time() < deadline:
-            if line in box.read("/data/oled.ini").splitlines():
-                return
-            time.sleep(0.05)
-        self.fail("%s never appeared in:\n%s" % (line, box.read("/data/oled.ini")))
-
+class OperatorTool(OperatorSegment):
     def test_set_reaches_one_box_the_marked_box_or_all(self):
         first = self.serving_box("10.0.0.5")
         second = self.serving_box("10.0.0.6")

@@ -44,13 +44,15 @@ std::string parse_cli(int argc, char** argv, CliOptions& options) {
         } else if (word == "--json") {
             options.json = true;
         } else if (word == "--box" || word == "--iface" || word == "--port" || word == "--timeout" ||
-                   word == "--raw") {
+                   word == "--raw" || word == "--listen") {
             if (!value_of(value)) return word + " needs a value";
             if (word == "--box") {
                 if (!protocol::is_ipv4(value)) return "bad address '" + value + "': expected dotted IPv4";
                 options.box = value;
             } else if (word == "--iface") {
                 options.iface = value;
+            } else if (word == "--listen") {
+                options.listen = value;
             } else if (word == "--port") {
                 if (!read_port(value, options.port)) return "bad port '" + value + "': expected 1..65535";
             } else if (word == "--timeout") {

@@ -17,6 +17,7 @@ struct CliOptions {
     bool json = false;
     bool raw_given = false;
     std::string raw;
+    std::string listen;  // serve: ADDRESS[:PORT] of the fleet page
     bool help = false;
 };
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cli_options.h"
+#include "fleet_server.h"
 #include "protocol.h"
 #include "settings_view.h"
 #include "udp_client.h"
@@ -56,6 +57,13 @@ void usage(const std::string& verb) {
             "that answer before the timeout, one line each, by address: panel type,\n"
             "page hold time, shown pages, LED switches.\n",
             protocol::kGroup);
+    } else if (verb == "serve") {
+        std::printf(
+            "usage: oledctl serve [--listen ADDRESS[:PORT]] [options]\n"
+            "Serves the fleet page, a table of every box on the segment to see and\n"
+            "change in a browser, and its JSON API, until Ctrl-C. Listens on\n"
+            "127.0.0.1:16180 unless told otherwise; prints the page's address with\n"
+            "its session token, which every API request must carry.\n");
     } else if (verb == "led-test") {
         std::printf(
             "usage: oledctl led-test on|off (--box ADDR [--via-group] | --all) [options]\n"
@@ -67,6 +75,7 @@ void usage(const std::string& verb) {
             "  get                print one box's settings\n"
             "  discover           list the boxes on the segment\n"
             "  led-test on|off    light the status LEDs for a test\n"
+            "  serve              the fleet page: every box in a browser\n"
             "oledctl VERB --help tells more.\n");
         return;
     }
@@ -78,21 +87,9 @@ int fail(int status, const std::string& reason) {
     return status;
 }
 
-std::chrono::steady_clock::time_point deadline_after(double seconds) {
-    return std::chrono::steady_clock::now() +
-           std::chrono::duration_cast<std::chrono::steady_clock::duration>(std::chrono::duration<double>(seconds));
-}
-
-std::string seconds_text(double seconds) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%g s", seconds);
-    return text;
-}
-
 // Opens the socket and sends payload to the box or the group as asked.
 std::string send_datagram(UdpClient& client, const CliOptions& options, bool to_group, const std::string& payload) {
-    std::string error = client.open();
-    if (error.empty() && to_group && !options.iface.empty()) error = client.use_interface(options.iface);
+    std::string error = client.open(to_group ? options.iface : std::string());
     if (error.empty()) error = client.send(to_group ? protocol::kGroup : options.box, options.port, payload);
     return error;
 }
@@ -213,6 +210,12 @@ int main(int argc, char** argv) {
     if (options.verb == "get") return run_get(options);
     if (options.verb == "discover") return run_discover(options);
     if (options.verb == "led-test") return run_led_test(options);
+    if (options.verb == "serve") {
+        if (!options.box.empty() || options.all || options.via_group || !options.arguments.empty()) {
+            return fail(kBadInput, "serve takes only --listen, --iface, --port and --timeout");
+        }
+        return fleet::serve(options);
+    }
     if (options.verb.empty() || options.verb == "help") {
         usage("");
         return options.verb.empty() ? kBadInput : kFine;

@@ -48,14 +48,6 @@ bool flag(const protocol::Settings& settings, const std::string& key) {
     return value != nullptr && box_number(*value) != 0;
 }
 
-std::string panel_name(const std::string& type) {
-    static const char* const names[] = {"big", "old-small", "none", "small-0.96-4wire", "small-0.96", "small-1.29",
-                                        "small-1.29-4wire"};
-    const long number = box_number(type);
-    if (number >= 0 && number <= 6) return names[number];
-    return "type-" + type;
-}
-
 uint32_t address_order(const std::string& address) {
     in_addr parsed{};
     if (inet_pton(AF_INET, address.c_str(), &parsed) != 1) return 0xffffffffu;
@@ -63,6 +55,14 @@ uint32_t address_order(const std::string& address) {
 }
 
 }  // namespace
+
+std::string panel_name(const std::string& type) {
+    static const char* const names[] = {"big", "old-small", "none", "small-0.96-4wire", "small-0.96", "small-1.29",
+                                        "small-1.29-4wire"};
+    const long number = box_number(type);
+    if (number >= 0 && number <= 6) return names[number];
+    return "type-" + type;
+}
 
 std::string to_json(const protocol::Settings& settings) {
     std::string out = "{";

@@ -16,6 +16,9 @@ std::string to_json(const protocol::Settings& settings);
 // LED switches.
 std::string summary(const std::string& address, const protocol::Settings& settings);
 
+// The panel kind's name for an OLed_a_kind_start value ("big", ...).
+std::string panel_name(const std::string& type);
+
 struct Box {
     std::string address;
     protocol::Settings settings;

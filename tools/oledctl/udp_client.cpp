@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <vector>
 
@@ -28,7 +29,7 @@ UdpClient::~UdpClient() {
     if (fd_ >= 0) ::close(fd_);
 }
 
-std::string UdpClient::open() {
+std::string UdpClient::open(const std::string& group_iface) {
     fd_ = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     if (fd_ < 0) return system_error("socket");
     int size = kSocketBuffer;
@@ -43,7 +44,7 @@ std::string UdpClient::open() {
     local.sin_family = AF_INET;
     local.sin_addr.s_addr = htonl(INADDR_ANY);
     if (::bind(fd_, reinterpret_cast<sockaddr*>(&local), sizeof local) != 0) return system_error("bind");
-    return "";
+    return group_iface.empty() ? "" : use_interface(group_iface);
 }
 
 std::string UdpClient::use_interface(const std::string& name) {
@@ -94,4 +95,15 @@ std::string UdpClient::collect(std::chrono::steady_clock::time_point deadline, c
         inet_ntop(AF_INET, &from.sin_addr, source, sizeof source);
         if (handler(source, std::string(buffer.data(), static_cast<std::size_t>(size)))) return "";
     }
+}
+
+std::chrono::steady_clock::time_point deadline_after(double seconds) {
+    return std::chrono::steady_clock::now() +
+           std::chrono::duration_cast<std::chrono::steady_clock::duration>(std::chrono::duration<double>(seconds));
+}
+
+std::string seconds_text(double seconds) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%g s", seconds);
+    return text;
 }

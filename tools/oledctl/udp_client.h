@@ -15,10 +15,10 @@ public:
     UdpClient& operator=(const UdpClient&) = delete;
 
     // Opens the socket with a receive buffer large enough for a whole
-    // segment of boxes answering at once. Empty result: fine, else why not.
-    std::string open();
-    // Group sends leave through this interface (its IPv4 address).
-    std::string use_interface(const std::string& name);
+    // segment of boxes answering at once; group sends leave through
+    // group_iface when one is named (its IPv4 address), else the route's.
+    // Empty result: fine, else why not.
+    std::string open(const std::string& group_iface = "");
     std::string send(const std::string& address, unsigned short port, const std::string& payload);
 
     // Returns true when it has what it waited for.
@@ -28,7 +28,14 @@ public:
     std::string collect(std::chrono::steady_clock::time_point deadline, const Handler& handler);
 
 private:
+    std::string use_interface(const std::string& name);
+
     int fd_ = -1;
 };
+
+// When a collect that waits this many seconds from now ends.
+std::chrono::steady_clock::time_point deadline_after(double seconds);
+// "2 s", "0.5 s": a wait as the operator gave it.
+std::string seconds_text(double seconds);
 
 #endif

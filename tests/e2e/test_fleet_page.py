@@ -1,0 +1,167 @@
+"""The fleet page in a real browser: oledctl serve and headless Chromium on
+the operator's PC, three simulated boxes on its segment. Set
+OLEDD_FLEET_SCREENSHOT=FILE to keep a picture of the page."""
+
+import os
+import shutil
+import subprocess
+import tempfile
+import time
+import urllib.error
+import urllib.request
+
+from harness import BIN_DIR, OperatorSegment, main
+
+BOXES = ("10.0.0.5", "10.0.0.6", "10.0.0.7")
+SAVED = "save config succeed"
+
+
+def chromium(profile):
+    """Headless Chromium through Debian's chromedriver; nothing of it
+    reaches out (no sync, updates or background fetches)."""
+    from selenium import webdriver
+    from selenium.webdriver.chrome.service import Service
+
+    options = webdriver.ChromeOptions()
+    options.binary_location = "/usr/bin/chromium"
+    for flag in ("--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
+                 "--disable-background-networking", "--disable-component-update", "--disable-sync",
+                 "--no-proxy-server", "--user-data-dir=" + profile):
+        options.add_argument(flag)
+    return webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
+
+
+class FleetPage(OperatorSegment):
+    def setUp(self):
+        super().setUp()
+        self.boxes = [self.serving_box(addr) for addr in BOXES]
+        self.server = subprocess.Popen(
+            self.netns.exec_args([os.path.join(BIN_DIR, "oledctl"), "serve", "--timeout", "1"]),
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        self.addCleanup(self.stop_server)
+        first = self.server.stdout.readline()
+        self.assertTrue(first.startswith("fleet page: http://127.0.0.1:16180/?token="), first)
+        self.url = first.split(": ", 1)[1].strip()
+        self.token = self.url.split("token=", 1)[1]
+
+    def stop_server(self):
+        if self.server.poll() is None:
+            self.server.send_signal(subprocess.signal.SIGINT)
+        out, err = self.server.communicate(timeout=10)
+        self.assertEqual((self.server.returncode, out.splitlines()[-1:], err), (0, ["stopped"], ""))
+
+    def files(self):
+        return [box.read("/data/oled.ini") for box in self.boxes]
+
+    def saves(self):
+        return [sum(SAVED in line for line in box.output()) for box in self.boxes]
+
+    def test_the_page_shows_and_sets_the_boxes(self):
+        profile = tempfile.mkdtemp(prefix="oledt-chromium-")
+        self.addCleanup(shutil.rmtree, profile, ignore_errors=True)
+        with self.netns.entered():
+            browser = chromium(profile)
+            try:
+                self.drive(browser)
+                self.refuse_without_token()
+            finally:
+                browser.quit()
+
+    def drive(self, browser):
+        from selenium.common.exceptions import TimeoutException
+        from selenium.webdriver.common.by import By
+        from selenium.webdriver.common.keys import Keys
+        from selenium.webdriver.support.ui import Select, WebDriverWait
+
+        def until(what, timeout=10):
+            try:
+                return WebDriverWait(browser, timeout).until(lambda _: what())
+            except TimeoutException:
+                self.fail("the page never got there; it says %r" % message())
+
+        def row(addr):
+            return browser.find_element(By.CSS_SELECTOR, 'tr[data-address="%s"]' % addr)
+
+        def field(addr, key):
+            return row(addr).find_element(By.CSS_SELECTOR, '[data-key="%s"]' % key)
+
+        def message():
+            return browser.find_element(By.ID, "message").text
+
+        browser.set_window_size(1600, 440)
+        browser.get(self.url)
+        until(lambda: [r.get_attribute("data-address") for r in browser.find_elements(By.CSS_SELECTOR, "tbody tr")]
+              == list(BOXES))
+        self.assertEqual([row(a).find_element(By.CLASS_NAME, "state").text for a in BOXES], ["answers"] * 3)
+        self.assertEqual(Select(field(BOXES[0], "oled_type")).first_selected_option.text, "1 old-small")
+        self.assertEqual(field(BOXES[0], "oled_string").get_attribute("value"), "WELCOME")
+        # One switch of one box: that box's file changes, the others' do not.
+        before = self.files()
+        field(BOXES[1], "cpu").click()
+        until(lambda: message() == "cpu=0 sent to 10.0.0.6; settings as the boxes sent them back")
+        self.wait_for_setting(self.boxes[1], "OLed_a_cpu=0")
+        self.assertFalse(field(BOXES[1], "cpu").is_selected())
+        self.assertEqual([f for i, f in enumerate(self.files()) if i != 1], [before[0], before[2]])
+
+        # A custom text for every selected box.
+        browser.find_element(By.ID, "select-all").click()
+        Select(browser.find_element(By.ID, "bulk-key")).select_by_value("oled_string")
+        browser.find_element(By.ID, "bulk-value").send_keys("FLEET 16")
+        browser.find_element(By.ID, "bulk-apply").click()
+        until(lambda: message().startswith("oled_string=FLEET 16 sent to 10.0.0.5, 10.0.0.6, 10.0.0.7;"))
+        for box in self.boxes:
+            self.wait_for_setting(box, "OLed_a_small_n_buf=FLEET 16")
+        self.assertEqual([field(a, "oled_string").get_attribute("value") for a in BOXES], ["FLEET 16"] * 3)
+        picture = os.environ.get("OLEDD_FLEET_SCREENSHOT")
+        if picture:
+            browser.execute_script("window.scrollTo(0, 0)")
+            browser.save_screenshot(picture)
+
+        # Bad input is refused with oledctl set's reason, and nothing leaves.
+        before, saved = self.files(), self.saves()
+        sleep = field(BOXES[0], "sleep")
+        sleep.clear()
+        sleep.send_keys("abc", Keys.RETURN)
+        until(lambda: message() == "sleep: 'abc' is not a decimal integer")
+        self.assertIn("refused", sleep.get_attribute("class"))
+        for key, value, reason in (("oled_string", "x" * 25, "oled_string: 25 characters, the panel shows at most 20"),
+                                   ("pwr_led", "25_9", "pwr_led: '25_9' is not a pin: GROUP_BIT (group 0..24, "
+                                                       "bit 0..7) or 0 for none")):
+            Select(browser.find_element(By.ID, "bulk-key")).select_by_value(key)
+            browser.find_element(By.ID, "bulk-value").clear()
+            browser.find_element(By.ID, "bulk-value").send_keys(value)
+            browser.find_element(By.ID, "bulk-apply").click()
+            until(lambda: message() == reason)
+        time.sleep(0.3)  # what was sent would have arrived by now
+        self.assertEqual((self.files(), self.saves()), (before, saved))
+
+        # A box that stops answering stays listed, marked.
+        self.boxes[2].stop()
+        browser.find_element(By.ID, "refresh").click()
+        state = row(BOXES[2]).find_element(By.CLASS_NAME, "state")
+        until(lambda: state.text.startswith("no answer since "))
+        self.assertRegex(state.text, r"^no answer since \d\d:\d\d:\d\d$")
+        self.assertEqual([row(a).find_element(By.CLASS_NAME, "state").text for a in BOXES[:2]], ["answers"] * 2)
+
+    def refuse_without_token(self):
+        """Runs inside the operator's namespace: the server listens there."""
+        change = b'{"boxes": ["10.0.0.5"], "items": ["cpu=0"]}'
+        direct = urllib.request.build_opener(urllib.request.ProxyHandler({}))
+        before = self.files()
+        for headers in ({}, {"X-Fleet-Token": "0" * 32}, {"X-Fleet-Token": self.token[:-1]},
+                        {"X-Fleet-Token": self.token, "Origin": "http://evil.example"},
+                        {"X-Fleet-Token": self.token, "Host": "evil.example:16180"}):
+            request = urllib.request.Request("http://127.0.0.1:16180/api/set", data=change, headers=headers)
+            with self.assertRaises(urllib.error.HTTPError) as refused:
+                direct.open(request, timeout=5)
+            self.assertEqual(refused.exception.code, 403, headers)
+        request = urllib.request.Request("http://127.0.0.1:16180/api/set", data=change,
+                                         headers={"X-Fleet-Token": self.token})
+        with direct.open(request, timeout=5) as done:
+            self.assertEqual(done.status, 200)
+        self.wait_for_setting(self.boxes[0], "OLed_a_cpu=0")
+        self.assertEqual(before[0].replace("OLed_a_cpu=1", "OLed_a_cpu=0"), self.boxes[0].read("/data/oled.ini"))
+
+
+if __name__ == "__main__":
+    main()
