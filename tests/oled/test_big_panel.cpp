@@ -118,18 +118,6 @@ TEST_F(BigPanel, BigDigitsPadTheCallersTextAndSkipUnknownCharacters)
     }
 }
 
-TEST_F(BigPanel, SmallTextUsesTheGreyFont)
-{
-    char line[] = "Ag";
-    oled_.ShowOLEDSmallString(10, 40, text(line), 2);
-    for (int r = 0; r < 13; ++r) {
-        for (int b = 0; b < 4; ++b) {
-            EXPECT_EQ(kAscii8x13Grey[('A' - 32) * 52 + r * 4 + b], pair(5 + b, 40 + r));
-            EXPECT_EQ(kAscii8x13Grey[('g' - 32) * 52 + r * 4 + b], pair(9 + b, 40 + r));
-        }
-    }
-}
-
 // Data bytes of the logo show: the blank, 114 frames of 64 rows of a
 // 14-byte band, then the logo.
 const size_t kSweepEnd = 64 * 128 + 114 * 64 * 14;

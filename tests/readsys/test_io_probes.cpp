@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "capture_stdout.h"
 #include "io_probes.h"
 #include "probe_scene.h"
 
@@ -26,23 +25,3 @@ TEST(CheckIOFile, JoinsFourStatesAndTheRelayOfEachHalf)
     EXPECT_EQ(CheckIOFile().size(), 99u) << "bounded by the 100-byte text";
 }
 
-TEST(CheckIOFile, ShowsKeyNamesForWhatIsMissingAndReportsOnlyInTheSecondHalf)
-{
-    expect_outcomes(CheckIOFile, {{"missing", "kSet0IOkSet1IOkSet2IOkSet3IOkrelay0st"},
-                                  {"truncated", "01kSet3IOkrelay0st"},
-                                  {"garbage", "kSet0IO=7\r\xff\xfe\rkSet2IO=0"},
-                                  {"long", std::string(99, '1')}});
-    const std::string none_found = "kSet4IOkSet5IOkSet6IOkSet7IOkrelay1st";
-    expect_outcomes(CheckIO1File, {{"missing", none_found}, {"truncated", none_found}, {"garbage", none_found}});
-    ProbeScene scene("good");
-    for (bool second : {false, true}) {
-        CaptureStdout out;
-        std::string result;
-        {
-            NoFreeDescriptors none;
-            result = second ? CheckIO1File() : CheckIOFile();
-        }
-        EXPECT_EQ(result, "");
-        EXPECT_EQ(out.text(), second ? "read /data/remserial.ini failed\n" : "");
-    }
-}
