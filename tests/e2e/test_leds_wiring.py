@@ -10,10 +10,11 @@ from harness import E2ETest, main
 
 # BRD25's small panel: 4_0 data, 4_1 clock, 4_2 supply, 4_3 ground; its
 # switch is 7_6. Two LEDs share the supply and ground pins, so their
-# levels show the set-up's writes.
+# levels show the set-up's writes. A pin text that is no pin comes out
+# escaped as JSON.
 LEDS = {"kLed_eth_gpio": ["5_3", None], "kLed_cpu_gpio": ["0", None], "kLed_hdmi_gpio": ["57", None],
         "kLed_pwr_gpio": ["4_2", 1], "kLed_eth_onboard": ["0", None], "kLed_cpu_onboard": ["4_3", 0],
-        "kLed_hdmi_onboard": ["0", None]}
+        "kLed_hdmi_onboard": ['a"\\\tb', None]}
 
 
 class LedsWiring(E2ETest):
