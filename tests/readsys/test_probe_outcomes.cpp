@@ -39,7 +39,8 @@ const ProbeOutcomes kProbes[] = {
     {"CheckVoFile", CheckVoFile, {"VO:HDMI_1080P60;LU:52CO:48HU:50SA:55", "VO:_;", kUnchecked,
                                   "VO:HDMI_1080P60;LU:52CO:48", "VO:_;LU:eCO:fHU:gSA:h i j", "VO:_;LU:52CO:48HU:50SA:55"},
      "DEV CONFIG", ""},
-    // "long": the key in the last piece of a long line.
+    // "good" has a _Profile line above the key; "long" has the key in the
+    // last piece of a long line.
     {"CheckVencFile", CheckVencFile, {"VENC_TYPE:H264", "", "", "VENC_TYPE:", "VENC_TYPE:", "VENC_TYPE:H265"},
      kUnchecked, ""},
     // "garbage" starts with a NUL.
