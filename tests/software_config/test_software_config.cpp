@@ -4,8 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-
 #include "box_root.h"
 #include "capture_stdout.h"
 #include "runtime_settings.h"
@@ -63,6 +61,8 @@ TEST_F(ConfigTest, BoardTablesChooseThePanelAndSwitchPins)
     EXPECT_EQ(board_pins("BRD250"), "4_2 4_3 0 0 0");  // whole names only
 }
 
+// Lookalike keys, blanks around "=", unknown keys and the canonical rewrite
+// are read end to end at start-up; here the rules that test does not meet.
 TEST_F(ConfigTest, ReaderFollowsTheLineRules)
 {
     root.write("/data/oled.ini",
@@ -73,11 +73,7 @@ TEST_F(ConfigTest, ReaderFollowsTheLineRules)
                "!OLed_a_ai=5\n"
                "OLed_a_cpu=\n"
                "OLed_a_cpu=0\n"
-               "OLed_a_sleep_time=9\n"
-               "OLed_a_temp = 0\n"
                "xOLed_a_venc=0\n"
-               "unknown_key=12\n"
-               "\n"
                "OLed_a_small_n_buf= two  words \r\n"
                "OLed_a_logo=1\r\n"
                "OLed_china_str=A\rB\n"
@@ -89,20 +85,11 @@ TEST_F(ConfigTest, ReaderFollowsTheLineRules)
     EXPECT_EQ(config.GetConfig(C::OLed_a_net), "1");       // ";" comment
     EXPECT_EQ(config.GetConfig(C::OLed_a_ai), "1");        // "!" comment
     EXPECT_EQ(config.GetConfig(C::OLed_a_cpu), "1");       // first match is empty: default stays
-    EXPECT_EQ(config.GetConfig(C::OLed_a_sleep_tim), "3");  // lookalike key does not match
-    EXPECT_EQ(config.GetConfig(C::OLed_a_temp), "1");      // blanks around "=": no key
     EXPECT_EQ(config.GetConfig(C::OLed_a_venc), "0");      // key found inside the line
     EXPECT_EQ(config.GetConfig(C::OLed_a_small_n_buf), " two  words ");
     EXPECT_EQ(config.GetConfig(C::OLed_a_logo), "1");
     EXPECT_EQ(config.GetConfig(C::OLed_china_str), "A\rB");  // lone CR stays
     EXPECT_EQ(config.GetConfig(C::kSwitch_gpio), "7_1");     // CR at the end of the file goes
-
-    config.SaveConfig();
-    std::string saved = root.read("/data/oled.ini");
-    EXPECT_EQ(std::count(saved.begin(), saved.end(), '\n'), 38);
-    EXPECT_EQ(saved.find('#'), std::string::npos);
-    EXPECT_EQ(saved.find("[oled]"), std::string::npos);
-    EXPECT_NE(saved.find("\nOLed_a_vi=0\n"), std::string::npos);
 }
 
 TEST_F(ConfigTest, ReReadKeepsValuesTheFileLacks)
