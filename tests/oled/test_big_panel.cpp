@@ -16,11 +16,6 @@
 
 namespace {
 
-unsigned char* text(char* s)
-{
-    return reinterpret_cast<unsigned char*>(s);
-}
-
 class BigPanel : public PanelOnSoc {
 protected:
     void SetUp() override

@@ -33,11 +33,6 @@ Stream join(Stream a, const Stream& b, const Stream& c = Stream())
     return a;
 }
 
-unsigned char* text(const char* s)
-{
-    return reinterpret_cast<unsigned char*>(const_cast<char*>(s));
-}
-
 class SmallPanel : public PanelOnSoc {
 protected:
     OLEDMaster oled_;
