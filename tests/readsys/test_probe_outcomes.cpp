@@ -80,8 +80,9 @@ TEST(ProbeOutcomes, EachProbeGivesItsTextOnEveryFixtureAndWhenItsCommandCannotSt
                 NoFreeDescriptors none;
                 result = outcome(p.probe);
             }
+            const std::string printed = out.text();
             EXPECT_EQ(result, p.cannot_start) << p.name;
-            EXPECT_EQ(out.text(), p.printed) << p.name;
+            EXPECT_EQ(printed, p.printed) << p.name;
         }
     }
 }
