@@ -15,14 +15,10 @@ printf '           %s    0.00    1.20    0.05    0.00   95.23\\n\\n' "$(cat ../.
 """
 
 
-def settings(**changes):
-    return settings_text(changes)
-
-
 class LoopTest(PeerTest):
     def start_box(self, extra_files=None, args=(), **changes):
         files = {
-            "/data/oled.ini": settings(**changes),
+            "/data/oled.ini": settings_text(changes),
             "/bin/iostat": IOSTAT,
             "/home/public/get_temperature": "#!/bin/sh\necho 47\n",
             "/tmp/vi0": "VI0:1920x1080@60\n",

@@ -20,7 +20,6 @@ def _table(name):
 
 ASCII5X7 = _table("kAscii5x7")
 DIGIT7X12 = _table("kDigit7x12")
-CAPITAL7X12 = _table("kCapital7x12")
 BIG_DIGITS = _table("kBigDigit16x27")
 GREY8X13 = _table("kAscii8x13Grey")
 
@@ -66,29 +65,15 @@ def small_text(text):
 
 
 def large_text(text):
-    """(upper page, lower page) column bytes of the 7x12 routine."""
+    """(upper page, lower page) column bytes of the 7x12 routine for an
+    address: digits and dots."""
     upper, lower = [], []
     for ch in text:
-        table = DIGIT7X12 if ch.isdigit() else CAPITAL7X12 if "A" <= ch <= "Z" else None
-        if table is not None:
-            base = (ord(ch) - (ord("0") if ch.isdigit() else ord("A"))) * 7
-            glyph = table[base:base + 7]
-            upper += [(g << 4) & 0xF0 for g in glyph]
-            lower += [(g >> 4) & 0xFF for g in glyph]
-        elif ch in " :":
-            upper += [0] * 7
-            lower += [0] * 7
-        elif ch == ".":
-            upper += [0] * 7
-            lower += [0, 0x80] + [0] * 5
-        elif ch == "_":
-            upper += [0] * 7
-            lower += [0x80] * 7
-        elif ch == "!":
-            upper += [0, 0xFF] + [0] * 5
-            lower += [0, 0x90] + [0] * 5
-        upper.append(0)
-        lower.append(0)
+        glyph = [0] * 7 if ch == "." else DIGIT7X12[int(ch) * 7:int(ch) * 7 + 7]
+        upper += [(g << 4) & 0xF0 for g in glyph] + [0]
+        lower += [(g >> 4) & 0xFF for g in glyph] + [0]
+        if ch == ".":
+            lower[-7] = 0x80
     return upper, lower
 
 

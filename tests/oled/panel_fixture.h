@@ -48,4 +48,11 @@ protected:
 // Commands from text of hexadecimal bytes ("AE 00 10").
 std::vector<std::pair<bool, uint8_t> > commands(const std::string& hex);
 
+// Text as the drivers take it. Only the big-digit routine writes to it (it
+// pads the caller's text), and its tests pass buffers of their own.
+inline unsigned char* text(const char* s)
+{
+    return reinterpret_cast<unsigned char*>(const_cast<char*>(s));
+}
+
 #endif

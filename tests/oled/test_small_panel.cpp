@@ -33,11 +33,6 @@ Stream join(Stream a, const Stream& b, const Stream& c = Stream())
     return a;
 }
 
-unsigned char* text(const char* s)
-{
-    return reinterpret_cast<unsigned char*>(const_cast<char*>(s));
-}
-
 class SmallPanel : public PanelOnSoc {
 protected:
     OLEDMaster oled_;
@@ -128,28 +123,6 @@ TEST_F(SmallPanel, LargeTextPunctuationHasItsOwnMarks)
     for (int x = 0; x < 32; ++x) {
         EXPECT_EQ(upper[x], page_byte(0, x)) << x;
         EXPECT_EQ(lower[x], page_byte(1, x)) << x;
-    }
-}
-
-TEST_F(SmallPanel, AddressLineMatchesTheFontColumnByColumn)
-{
-    wire(6);
-    const char* line = "IP:192.168.1.20";
-    oled_.ShowOLEDString(0, 6, text(line), static_cast<unsigned char>(strlen(line)));
-    for (size_t c = 0; c < strlen(line); ++c) {
-        const int x0 = static_cast<int>(c) * 8;
-        for (int i = 0; i < 7; ++i) {
-            unsigned short column = 0;
-            if (line[c] >= '0' && line[c] <= '9') {
-                column = kDigit7x12[(line[c] - '0') * 7 + i];
-            } else if (line[c] >= 'A' && line[c] <= 'Z') {
-                column = kCapital7x12[(line[c] - 'A') * 7 + i];
-            }
-            const int dot = (line[c] == '.' && i == 1) ? 0x80 : 0;
-            EXPECT_EQ((column << 4) & 0xF0, page_byte(6, x0 + i)) << line[c] << " column " << i;
-            EXPECT_EQ(((column >> 4) & 0xFF) | dot, page_byte(7, x0 + i)) << line[c] << " column " << i;
-        }
-        EXPECT_EQ(0, page_byte(6, x0 + 7) | page_byte(7, x0 + 7));
     }
 }
 

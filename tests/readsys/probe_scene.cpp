@@ -5,8 +5,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <stdexcept>
 
@@ -74,13 +72,5 @@ std::string outcome(std::string (*probe)())
         return probe();
     } catch (const std::out_of_range&) {
         return kThrows;
-    }
-}
-
-void expect_outcomes(std::string (*probe)(), const std::vector<FixtureOutcome>& cases)
-{
-    for (const FixtureOutcome& c : cases) {
-        ProbeScene scene(c.fixture);
-        EXPECT_EQ(outcome(probe), c.outcome) << "on " << c.fixture;
     }
 }

@@ -48,11 +48,4 @@ private:
 extern const char kThrows[];
 std::string outcome(std::string (*probe)());
 
-// Runs probe on a copy of each fixture root and expects its outcome there.
-struct FixtureOutcome {
-    const char* fixture;
-    std::string outcome;
-};
-void expect_outcomes(std::string (*probe)(), const std::vector<FixtureOutcome>& cases);
-
 #endif

@@ -1,17 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "capture_stdout.h"
 #include "ethernet_audio_probes.h"
 #include "probe_scene.h"
 
 TEST(CheckEthspeedFile, BlanksNonDigitsAndShowsTenAsNoLink)
 {
-    expect_outcomes(CheckEthspeedFile, {{"good", "ETH_SPEED:1000 "},
-                                        {"missing", "ETH_SPEED:"},
-                                        {"empty", "ETH_SPEED:"},
-                                        {"truncated", "ETH_SPEED:NO LINK"},
-                                        {"garbage", "ETH_SPEED: 1 "},
-                                        {"long", "ETH_SPEED:" + std::string(1023, '1')}});
     ProbeScene scene("good");
     scene.write("/sys/class/net/eth0/speed", "100\n");
     EXPECT_EQ(CheckEthspeedFile(), "ETH_SPEED:100 ");
@@ -19,15 +12,6 @@ TEST(CheckEthspeedFile, BlanksNonDigitsAndShowsTenAsNoLink)
     EXPECT_EQ(CheckEthspeedFile(), "ETH_SPEED:NO LINK");
     scene.write("/sys/class/net/eth0/speed", "1.0\n");
     EXPECT_EQ(CheckEthspeedFile(), "ETH_SPEED:1 0 ");
-
-    CaptureStdout out;
-    std::string result;
-    {
-        NoFreeDescriptors none;
-        result = CheckEthspeedFile();
-    }
-    EXPECT_EQ(result, "");
-    EXPECT_EQ(out.text(), "Open /proc/umap/vi failed!\n");
 }
 
 namespace {
@@ -43,12 +27,6 @@ std::string audio_page(const std::string& row)
 
 TEST(CheckAiFile, TakesTheRateStandingUnderSamp)
 {
-    expect_outcomes(CheckAiFile, {{"good", "AIOSR:48000"},
-                                  {"missing", "AIOSR:"},
-                                  {"empty", "AIOSR:"},
-                                  {"truncated", "NO_AI"},
-                                  {"garbage", "NO_AI"},
-                                  {"long", "AIOSR:"}});
     ProbeScene scene("good");
     const struct {
         std::string page;
@@ -65,6 +43,4 @@ TEST(CheckAiFile, TakesTheRateStandingUnderSamp)
         scene.write("/proc/umap/ai", p.page);
         EXPECT_EQ(outcome(CheckAiFile), p.result) << p.page;
     }
-    NoFreeDescriptors none;
-    EXPECT_EQ(CheckAiFile(), "AI DEV ATTR");
 }

@@ -73,20 +73,6 @@ TEST(LineSource, ReadsFilesInProcessPieceForPieceAsTheToolsPrintThem)
     }
 }
 
-TEST(LineSource, SelectsWholeLinesAndEndsTheLastOneLikeGrepAndAwk)
-{
-    ProbeScene scene("");
-    scene.write("/data/mixed.txt", kMixed);
-    typedef std::vector<std::string> V;
-    EXPECT_EQ(pieces("cat /data/mixed.txt | grep -w kChn0_M_VENC_Type", 1024),
-              (V{"kChn0_M_VENC_TypeA=3 -kChn0_M_VENC_Type-=4\n", "HotPlug and kSet and kChn0_M_VENC_Type at the end\n"}));
-    EXPECT_EQ(pieces("cat /data/mixed.txt | awk '/HotPlug/'", 8),
-              (V{"HotPlug", " : YES\r", "\n", "HotPlug", " and kS", "et and ", "kChn0_M", "_VENC_T", "ype at ",
-                 "the end", "\n"}));
-    EXPECT_EQ(pieces("cat /data/mixed.txt", 1024).back(), "HotPlug and kSet and kChn0_M_VENC_Type at the end");
-    EXPECT_EQ(pieces("cat /data/absent.txt", 1024), V{});
-}
-
 TEST(LineSource, LeavesNoDescriptorOpenAndReportsWhenNoneIsLeft)
 {
     ProbeScene scene("good");

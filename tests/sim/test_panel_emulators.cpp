@@ -9,7 +9,6 @@
 
 #include "four_wire_decoder.h"
 #include "panel_controller.h"
-#include "panel_image.h"
 #include "soc.h"
 #include "two_wire_decoder.h"
 
@@ -141,21 +140,6 @@ void send(PanelController& panel, const std::vector<int>& bytes, bool data = fal
     }
 }
 
-TEST_F(Emulator, MonochromeControllerConsumesEveryArgument)
-{
-    PanelController panel(PanelController::kMonochrome128x64);
-    // Arguments that would look like page and column commands if taken as
-    // commands.
-    send(panel, {0xB0, 0x10, 0x00, 0x81, 0xB3, 0xA8, 0x1F, 0xD3, 0x05, 0xD5, 0x12, 0xD9, 0xB7, 0xDA, 0x02,
-                 0xDB, 0x14, 0x8D, 0x14, 0x20, 0x02, 0xAD, 0x8B, 0x82, 0x00});
-    send(panel, {0x81}, true);
-    EXPECT_EQ(32, panel.visible_rows());
-    const std::vector<uint8_t> pixels = panel.pixels();
-    EXPECT_EQ(1, pixels[0]);
-    EXPECT_EQ(1, pixels[7 * 128]);
-    EXPECT_EQ(0, pixels[1 * 128]);
-}
-
 TEST_F(Emulator, MonochromeControllerWritesPagesWrapsColumnsAndSurvivesReset)
 {
     PanelController panel(PanelController::kMonochrome128x64);
@@ -170,31 +154,14 @@ TEST_F(Emulator, MonochromeControllerWritesPagesWrapsColumnsAndSurvivesReset)
     EXPECT_FALSE(panel.display_on());
     send(panel, {0x80}, true);
 
-    const std::string pgm = panel_pgm(panel);
-    const size_t header = std::string("P5\n128 64\n1\n").size();
-    ASSERT_EQ(header + 128 * 64, pgm.size());
-    EXPECT_EQ(0u, pgm.find("P5\n128 64\n1\n"));
+    const std::vector<uint8_t> pixels = panel.pixels();
     std::string lit;
-    for (size_t i = header; i < pgm.size(); ++i) {
-        if (pgm[i] != 0) {
-            lit += std::to_string((i - header) / 128) + "," + std::to_string((i - header) % 128) + " ";
+    for (size_t i = 0; i < pixels.size(); ++i) {
+        if (pixels[i] != 0) {
+            lit += std::to_string(i / 128) + "," + std::to_string(i % 128) + " ";
         }
     }
     EXPECT_EQ("7,0 16,126 17,127 18,0 ", lit);
-}
-
-TEST_F(Emulator, GreyControllerTakesARowByteAndTwoPixelColumns)
-{
-    PanelController panel(PanelController::kGrey256x64);
-    send(panel, {0xB0, 0x05, 0x12, 0x03, 0xDC, 0x1A, 0x81, 0x00, 0x30});
-    send(panel, {0xF1, 0x8C}, true);
-    const std::vector<uint8_t> pixels = panel.pixels();
-    EXPECT_EQ(15, pixels[5 * 256 + 70]);
-    EXPECT_EQ(1, pixels[5 * 256 + 71]);
-    EXPECT_EQ(8, pixels[5 * 256 + 72]);
-    EXPECT_EQ(12, pixels[5 * 256 + 73]);
-    EXPECT_EQ(std::string("P5\n256 64\n15\n") + std::string(5 * 256 + 70, '\0') + "\x0F\x01\x08\x0C",
-              panel_pgm(panel).substr(0, 13 + 5 * 256 + 74));
 }
 
 }  // namespace

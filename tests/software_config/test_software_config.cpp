@@ -4,8 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-
 #include "box_root.h"
 #include "capture_stdout.h"
 #include "runtime_settings.h"
@@ -48,21 +46,6 @@ protected:
 
 }  // namespace
 
-TEST_F(ConfigTest, FreshBoxCreatesDataAndSavesTheCanonicalDefaults)
-{
-    CaptureStdout out;
-    SoftwareConfig config;
-    config.ReadConfig();
-    config.SaveConfig();
-    EXPECT_EQ(out.text(),
-              "make \"/data\" successfully\n"
-              "[ReadConfig]-221: read_config: /data/oled.ini\n"
-              "[SaveConfig]-246: save config succeed\n");
-    EXPECT_STREQ(filepath_, "/data/oled.ini");
-    EXPECT_EQ(root.read("/data/oled.ini"), kCanonicalDefaults);
-    EXPECT_EQ(config.Serialize(), kCanonicalDefaults);
-}
-
 TEST_F(ConfigTest, BoardTablesChooseThePanelAndSwitchPins)
 {
     EXPECT_EQ(board_pins("BRD25"), "4_0 4_1 4_2 4_3 7_6");
@@ -78,6 +61,8 @@ TEST_F(ConfigTest, BoardTablesChooseThePanelAndSwitchPins)
     EXPECT_EQ(board_pins("BRD250"), "4_2 4_3 0 0 0");  // whole names only
 }
 
+// Lookalike keys, blanks around "=", unknown keys and the canonical rewrite
+// are read end to end at start-up; here the rules that test does not meet.
 TEST_F(ConfigTest, ReaderFollowsTheLineRules)
 {
     root.write("/data/oled.ini",
@@ -88,11 +73,7 @@ TEST_F(ConfigTest, ReaderFollowsTheLineRules)
                "!OLed_a_ai=5\n"
                "OLed_a_cpu=\n"
                "OLed_a_cpu=0\n"
-               "OLed_a_sleep_time=9\n"
-               "OLed_a_temp = 0\n"
                "xOLed_a_venc=0\n"
-               "unknown_key=12\n"
-               "\n"
                "OLed_a_small_n_buf= two  words \r\n"
                "OLed_a_logo=1\r\n"
                "OLed_china_str=A\rB\n"
@@ -104,20 +85,11 @@ TEST_F(ConfigTest, ReaderFollowsTheLineRules)
     EXPECT_EQ(config.GetConfig(C::OLed_a_net), "1");       // ";" comment
     EXPECT_EQ(config.GetConfig(C::OLed_a_ai), "1");        // "!" comment
     EXPECT_EQ(config.GetConfig(C::OLed_a_cpu), "1");       // first match is empty: default stays
-    EXPECT_EQ(config.GetConfig(C::OLed_a_sleep_tim), "3");  // lookalike key does not match
-    EXPECT_EQ(config.GetConfig(C::OLed_a_temp), "1");      // blanks around "=": no key
     EXPECT_EQ(config.GetConfig(C::OLed_a_venc), "0");      // key found inside the line
     EXPECT_EQ(config.GetConfig(C::OLed_a_small_n_buf), " two  words ");
     EXPECT_EQ(config.GetConfig(C::OLed_a_logo), "1");
     EXPECT_EQ(config.GetConfig(C::OLed_china_str), "A\rB");  // lone CR stays
     EXPECT_EQ(config.GetConfig(C::kSwitch_gpio), "7_1");     // CR at the end of the file goes
-
-    config.SaveConfig();
-    std::string saved = root.read("/data/oled.ini");
-    EXPECT_EQ(std::count(saved.begin(), saved.end(), '\n'), 38);
-    EXPECT_EQ(saved.find('#'), std::string::npos);
-    EXPECT_EQ(saved.find("[oled]"), std::string::npos);
-    EXPECT_NE(saved.find("\nOLed_a_vi=0\n"), std::string::npos);
 }
 
 TEST_F(ConfigTest, ReReadKeepsValuesTheFileLacks)
@@ -145,20 +117,12 @@ TEST_F(ConfigTest, IdentifiersOutsideTheTableAreRefused)
     EXPECT_EQ(config.GetConfig(C::OLed_a_small_n_buf), " raw|text=\n");
 }
 
-TEST_F(ConfigTest, PrintShowsTheSavedLinesAndTheDestructorSaysGoodbye)
+// What PrintConfig prints is checked end to end with the start-up messages.
+TEST_F(ConfigTest, DestructorSaysGoodbye)
 {
-    std::string printed;
-    {
-        CaptureStdout out;
-        {
-            SoftwareConfig config;
-            config.PrintConfig();
-        }
-        printed = out.text();
-    }
-    const std::string expected = std::string("make \"/data\" successfully\n") + kCanonicalDefaults +
-                                 "[~SoftwareConfig]-216: SoftwareConfig Normal Exit!\n";
-    EXPECT_EQ(printed, expected);
+    CaptureStdout out;
+    { SoftwareConfig config; }
+    EXPECT_EQ(out.text(), "make \"/data\" successfully\n[~SoftwareConfig]-216: SoftwareConfig Normal Exit!\n");
 }
 
 TEST_F(ConfigTest, UnchangedSettingsAreNotRewritten)
@@ -177,22 +141,6 @@ TEST_F(ConfigTest, UnchangedSettingsAreNotRewritten)
     config.SetConfig(C::OLed_a_cpu, 0);
     EXPECT_TRUE(config.SaveConfig());
     EXPECT_NE(root.read("/data/oled.ini").find("\nOLed_a_cpu=0\n"), std::string::npos);
-}
-
-TEST_F(ConfigTest, AnUnwritableFileFailsAndStaysWhole)
-{
-    if (geteuid() == 0) {
-        GTEST_SKIP() << "root writes through permissions; the e2e test covers this as a user";
-    }
-    root.write("/data/oled.ini", kCanonicalDefaults);
-    chmod(root.host("/data/oled.ini").c_str(), 0444);
-    chmod(root.host("/data").c_str(), 0555);
-    CaptureStdout out;
-    SoftwareConfig config;
-    config.SetConfig(C::OLed_a_cpu, 0);
-    EXPECT_FALSE(config.SaveConfig());
-    EXPECT_EQ(out.text(), "[SaveConfig]-250: save config failed\n");
-    EXPECT_EQ(root.read("/data/oled.ini"), kCanonicalDefaults);
 }
 
 TEST_F(ConfigTest, AnUncreatableDataFolderPutsTheFileInTheWorkingDirectory)
