@@ -4,6 +4,8 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
+#include <stdlib.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -43,9 +45,52 @@ int shell_status(int error)
     }
 }
 
-// A file the kernel would refuse with ENOEXEC. Looked at before the spawn
-// because not every C library reports exec errors from posix_spawn
-// (uClibc-ng's child just exits 127).
+// 0 when the shell would exec path, else the status it gives.
+int runnable(const std::string& path)
+{
+    struct stat info;
+    if (stat(path.c_str(), &info) != 0) {
+        return errno == EACCES ? 126 << 8 : 127 << 8;
+    }
+    return S_ISREG(info.st_mode) && access(path.c_str(), X_OK) == 0 ? 0 : 126 << 8;
+}
+
+// The file the shell would run for word: a name with "/" as it stands, any
+// other searched along PATH (an empty entry is the working folder). Found
+// here rather than by posix_spawnp because not every C library reports
+// exec errors from posix_spawn (uClibc-ng's and qemu's children just exit
+// 127). 0, or the shell's status when there is nothing to run.
+int find_program(const std::string& word, std::string& path)
+{
+    if (word.find('/') != std::string::npos) {
+        path = path_on_box(word.c_str());
+        return runnable(path);
+    }
+    const char* search = getenv("PATH");
+    const std::string folders = search != nullptr ? search : "/bin:/usr/bin";
+    int status = 127 << 8;
+    std::string::size_type at = 0;
+    for (;;) {
+        const std::string::size_type end = folders.find(':', at);
+        const std::string folder = folders.substr(at, end - at);
+        const std::string candidate = (folder.empty() ? "." : folder) + "/" + word;
+        const int found = runnable(candidate);
+        if (found == 0) {
+            path = candidate;
+            return 0;
+        }
+        if (found != 127 << 8) {
+            status = found;  // the shell goes on searching but reports this
+        }
+        if (end == std::string::npos) {
+            return status;
+        }
+        at = end + 1;
+    }
+}
+
+// A file the kernel would refuse with ENOEXEC (no "#!", no ELF header): the
+// shell reads such a file as a script itself.
 bool needs_shell(const std::string& path)
 {
     const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -83,7 +128,7 @@ int wait_for(pid_t pid)
     return status;
 }
 
-int spawn(const ProgramCommand& command, int out, pid_t& pid)
+int spawn(const std::string& program, const ProgramCommand& command, int out, pid_t& pid)
 {
     std::vector<std::string> words;
     for (const std::string& word : command.words) {
@@ -113,7 +158,7 @@ int spawn(const ProgramCommand& command, int out, pid_t& pid)
             error = posix_spawn_file_actions_adddup2(&actions, out, STDOUT_FILENO);
         }
         if (error == 0) {
-            error = posix_spawnp(&pid, argv[0], &actions, &attributes, argv.data(), environ);
+            error = posix_spawn(&pid, program.c_str(), &actions, &attributes, argv.data(), environ);
             if (error == 0) {
                 g_started.fetch_add(1);
             }
@@ -130,8 +175,9 @@ int spawn(const ProgramCommand& command, int out, pid_t& pid)
 ProgramStart start(const ProgramCommand& command, int out, pid_t& pid, int& status)
 {
     pid = -1;
-    status = 0;
-    if (command.words[0].find('/') != std::string::npos && needs_shell(path_on_box(command.words[0].c_str()))) {
+    std::string program;
+    status = find_program(command.words[0], program);
+    if (status == 0 && needs_shell(program)) {
         return ProgramStart::needs_shell;
     }
     int file = -1;
@@ -152,7 +198,15 @@ ProgramStart start(const ProgramCommand& command, int out, pid_t& pid, int& stat
         }
         out = file;
     }
-    const int error = spawn(command, out, pid);
+    if (status != 0) {
+        // Not found or not executable: the shell opened the file all the
+        // same, then ran nothing.
+        if (file >= 0) {
+            close(file);
+        }
+        return ProgramStart::started;
+    }
+    const int error = spawn(program, command, out, pid);
     if (file >= 0) {
         close(file);
     }

@@ -7,10 +7,10 @@
 
 #include "program_command.h"
 
-// Plain program calls started without a shell: the same PATH search
-// (posix_spawnp), "> FILE" opened as the shell opens it, and for a program
-// that cannot be started the status the shell would give (127 not found,
-// 126 not allowed, 2 when the output file cannot be created).
+// Plain program calls started without a shell (posix_spawn): the PATH
+// searched as the shell searches it, "> FILE" opened as the shell opens it,
+// and for a program that cannot be started the status the shell would give
+// (127 not found, 126 not allowed, 2 when the output file cannot be made).
 enum class ProgramStart {
     started,      // running, or the shell's status for what could not start
     needs_shell,  // no executable format (a script without "#!"): the shell reads it itself
