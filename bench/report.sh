@@ -5,7 +5,8 @@
 #   bench/report.sh --quick   shorter runs (10 s of oledd-sim; ~1.5 min)
 # Builds what it needs: build/ (host), build-literal/ (probes through the
 # shell and every datagram answered, the baseline of oledd-sim),
-# build-arm/ (the ARM oledd, for size).
+# build-arm/ and build-arm-shared/ (the ARM oledd with the C++ runtime
+# linked in and shared, for size).
 # Needs root for the oledd-sim rows (namespaces); they are skipped without.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -44,6 +45,8 @@ build build-literal -DOLEDD_LITERAL_SHELL=ON -DOLEDD_LITERAL_REPLIES=ON -- oledd
 arm=1
 if command -v arm-linux-gnueabihf-g++ > /dev/null; then
   build build-arm -DCMAKE_TOOLCHAIN_FILE=cmake/arm-linux-gnueabihf.cmake -DOLEDD_HOST_TOOLS=OFF -- oledd
+  build build-arm-shared -DCMAKE_TOOLCHAIN_FILE=cmake/arm-linux-gnueabihf.cmake -DOLEDD_HOST_TOOLS=OFF \
+    -DOLEDD_TESTS=OFF -DOLEDD_SHARED_CXX_RUNTIME=ON -- oledd
 else
   arm=0
 fi
@@ -107,8 +110,9 @@ for set in led screen; do
       "every probe through the shell"
 done
 if [ -n "$sim" ]; then
-  row "oledd-sim processes started per minute" "$(sim_field build/bin/oledd-sim 2)" \
-      "$(sim_field build-literal/bin/oledd-sim 2)" "oledd-sim built with OLEDD_LITERAL_SHELL"
+  ours="$(sim_field build/bin/oledd-sim 2)"; base="$(sim_field build-literal/bin/oledd-sim 2)"
+  row "oledd-sim processes started per minute" "$ours" "$base" \
+      "oledd-sim built with OLEDD_LITERAL_SHELL, $(ratio "$ours" "$base") ours"
   row "oledd-sim CPU seconds per minute" "$(sim_field build/bin/oledd-sim 3)" \
       "$(sim_field build-literal/bin/oledd-sim 3)" "the same, daemon and the processes it waited for"
   row "oledd-sim resident memory after ${sim_seconds} s, kB" "$(sim_field build/bin/oledd-sim 4)" \
@@ -131,9 +135,13 @@ ours="$(per_second queries "$control")"; base="$(per_second queries "$literal")"
 row "control datagrams/s, queries (replyoled)" "$ours" "$base" "the same; ours does not rewrite the file"
 if [ $arm = 1 ]; then
   stripped="$(mktemp /tmp/oledd-arm-XXXXXX)"
-  arm-linux-gnueabihf-strip -o "$stripped" build-arm/bin/oledd
-  row "ARM oledd, stripped, bytes" "$(stat -c %s "$stripped")" "$(stat -c %s build-arm/bin/oledd)" \
-      "unstripped (with debug information)"
+  for runtime in "linked in:build-arm:400" "shared:build-arm-shared:100"; do
+    IFS=: read -r how dir kib <<< "$runtime"
+    arm-linux-gnueabihf-strip -o "$stripped" "$dir/bin/oledd"
+    size="$(stat -c %s "$stripped")"
+    row "ARM oledd, stripped, C++ runtime $how, bytes" "$size" "$((kib * 1024))" \
+        "the $kib KiB flash budget; ours $(awk -v a="$size" -v b="$((kib * 1024))" 'BEGIN { printf "%.2f", a / b }') of it"
+  done
   rm -f "$stripped"
 else
   row "ARM oledd size" "skipped" "" "no arm-linux-gnueabihf toolchain"

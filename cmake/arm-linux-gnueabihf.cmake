@@ -17,10 +17,6 @@ set(ENV{PKG_CONFIG_LIBDIR} /usr/lib/arm-linux-gnueabihf/pkgconfig:/usr/share/pkg
 # Debian's multiarch packages (libc6:armhf comes with libcjson-dev:armhf).
 set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L /)
 
-# The C++ runtime goes into the programs: the box's image need not carry a
-# matching libstdc++, and qemu then runs them against Debian's armhf libc.
-set(CMAKE_EXE_LINKER_FLAGS_INIT "-static-libstdc++ -static-libgcc")
-
 # 64-bit file offsets: directory reads and large files behave the same on a
 # 32-bit box as on the 64-bit host the tests run on.
 set(CMAKE_C_FLAGS_INIT "-D_FILE_OFFSET_BITS=64")

@@ -2,7 +2,7 @@
 // loops call them (probe_text). The first byte picks the probe, the rest is
 // what its command prints: the status file itself for the file-printing
 // commands, read in-process; for the two real tools the stand-ins below
-// take the place of the shell.
+// take the place of the program launcher.
 #include <stddef.h>
 #include <stdint.h>
 #include <stdio.h>
@@ -10,11 +10,12 @@
 #include <string.h>
 
 #include <string>
+#include <vector>
 
 #include "fuzz_box.h"
 #include "line_source.h"
 #include "probes.h"
-#include "shell_launch.h"
+#include "program_launch.h"
 
 namespace {
 
@@ -110,35 +111,42 @@ const ProbeCase kCases[] = {
 
 }  // namespace
 
-// The shell's stand-ins, linked in place of the probes' launcher: only the
-// two real tools may get here, file-printing commands are read in-process.
-FILE* launch_reader(const char* command)
+// The tools' stand-ins, linked in place of the probes' program launcher:
+// only the two real tools may get here, file-printing commands are read
+// in-process, and nothing goes through the shell.
+ProgramStart start_program_reader(const ProgramCommand& command, ProgramReader& reader)
 {
-    if (strcmp(command, "iostat -c") != 0) {
-        fprintf(stderr, "unexpected shell command: %s\n", command);
+    if (command.words != std::vector<std::string>{"iostat", "-c"} || !command.output.empty()) {
+        fprintf(stderr, "unexpected program: %s\n", command.words[0].c_str());
         abort();
     }
     ++g_launched;
-    return fmemopen(const_cast<uint8_t*>(g_output), g_output_size, "r");
+    reader.pid = -1;
+    reader.status = 0;
+    reader.stream = fmemopen(const_cast<uint8_t*>(g_output), g_output_size, "r");
+    return reader.stream != nullptr ? ProgramStart::started : ProgramStart::failed;
 }
 
-int close_reader(FILE* stream)
+int close_program_reader(ProgramReader& reader)
 {
-    return fclose(stream);
+    fclose(reader.stream);
+    reader.stream = nullptr;
+    return reader.status;
 }
 
-int launch_and_wait(const char* command)
+ProgramStart run_program(const ProgramCommand& command, int& status)
 {
-    if (strcmp(command, "./get_temperature > /tmp/temperature \n") != 0) {
-        fprintf(stderr, "unexpected shell command: %s\n", command);
+    if (command.words != std::vector<std::string>{"./get_temperature"} || command.output != "/tmp/temperature") {
+        fprintf(stderr, "unexpected program: %s\n", command.words[0].c_str());
         abort();
     }
     ++g_launched;
     write_box_file("/tmp/temperature", g_output, g_output_size);
-    return 0;
+    status = 0;
+    return ProgramStart::started;
 }
 
-unsigned long shells_launched()
+unsigned long programs_started()
 {
     return g_launched;
 }

@@ -39,8 +39,20 @@ ProbeInput probe_input()
     return static_cast<ProbeInput>(g_input.load());
 }
 
+int run_command(const char* command)
+{
+    ProgramCommand program;
+    if (probe_input() == ProbeInput::in_process && parse_program_command(command, program)) {
+        int status = 0;
+        if (run_program(program, status) != ProgramStart::needs_shell) {
+            return status;
+        }
+    }
+    return launch_and_wait(command);
+}
+
 LineSource::LineSource()
-    : shell_(nullptr), file_(nullptr), line_(nullptr), capacity_(0), length_(0), offset_(0)
+    : shell_(nullptr), program_(), file_(nullptr), line_(nullptr), capacity_(0), length_(0), offset_(0)
 {
 }
 
@@ -53,9 +65,18 @@ LineSource::~LineSource()
 bool LineSource::open(const char* command)
 {
     close();
-    FileCommand file_command;
-    if (probe_input() == ProbeInput::in_process && parse_file_command(command, file_command)) {
-        return open_file(file_command);
+    if (probe_input() == ProbeInput::in_process) {
+        FileCommand file_command;
+        if (parse_file_command(command, file_command)) {
+            return open_file(file_command);
+        }
+        ProgramCommand program;
+        if (parse_program_command(command, program)) {
+            const ProgramStart start = start_program_reader(program, program_);
+            if (start != ProgramStart::needs_shell) {
+                return start == ProgramStart::started;
+            }
+        }
     }
     shell_ = launch_reader(command);
     return shell_ != nullptr;
@@ -80,11 +101,15 @@ bool LineSource::open_file(const FileCommand& command)
     return true;
 }
 
-void LineSource::close()
+int LineSource::close()
 {
+    int status = 0;
     if (shell_ != nullptr) {
-        close_reader(shell_);
+        status = close_reader(shell_);
         shell_ = nullptr;
+    }
+    if (program_.stream != nullptr) {
+        status = close_program_reader(program_);
     }
     if (file_ != nullptr) {
         fclose(file_);
@@ -92,6 +117,7 @@ void LineSource::close()
     }
     length_ = 0;
     offset_ = 0;
+    return status;
 }
 
 // The tools select whole lines, however long; the reader then gets them in
@@ -130,6 +156,9 @@ char* LineSource::gets(char* buffer, int size)
 {
     if (shell_ != nullptr) {
         return fgets(buffer, size, shell_);
+    }
+    if (program_.stream != nullptr) {
+        return fgets(buffer, size, program_.stream);
     }
     if (file_ == nullptr || size <= 0) {
         return nullptr;

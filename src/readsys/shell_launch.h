@@ -3,9 +3,10 @@
 
 #include <cstdio>
 
-// The only places where the probes start a process. Command texts are
-// appliance texts; the appliance paths inside them are resolved through
-// the path seam here, right before the shell sees them.
+// The only places where the probes start a shell (program_launch starts
+// programs without one). Command texts are appliance texts; the appliance
+// paths inside them are resolved through the path seam here, right before
+// the shell sees them.
 
 // popen(command, "r"); nullptr when the shell cannot be started.
 FILE* launch_reader(const char* command);

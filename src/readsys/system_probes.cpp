@@ -9,7 +9,6 @@
 #include "line_source.h"
 #include "number_format.h"
 #include "path_on_box.h"
-#include "shell_launch.h"
 
 namespace {
 
@@ -88,9 +87,9 @@ std::string CheckTemperature()
     // The tool is looked for in /home/public but started from the working
     // directory: the daemon is installed and started there.
     if (access(path_on_box("/home/public/get_temperature").c_str(), F_OK) == 0) {
-        launch_and_wait("./get_temperature > /tmp/temperature \n");
+        run_command("./get_temperature > /tmp/temperature \n");
     } else if (access(path_on_box("/home/public/get_temperature.sh").c_str(), F_OK) == 0) {
-        launch_and_wait("./get_temperature.sh > /tmp/temperature \n");
+        run_command("./get_temperature.sh > /tmp/temperature \n");
     } else {
         return std::string();
     }

@@ -84,7 +84,8 @@ TEST(LineSource, LeavesNoDescriptorOpenAndReportsWhenNoneIsLeft)
         EXPECT_GT(open_descriptors(), before);
         LineSource again;
         ASSERT_TRUE(again.open("cat /proc/umap/ai"));
-        ASSERT_TRUE(again.open("cat /proc/umap/vo"));  // reopening closes the first
+        ASSERT_TRUE(again.open("iostat -c"));  // reopening closes the first
+        ASSERT_TRUE(again.open("cat /proc/umap/vo"));
     }
     EXPECT_EQ(open_descriptors(), before);
 
@@ -93,5 +94,6 @@ TEST(LineSource, LeavesNoDescriptorOpenAndReportsWhenNoneIsLeft)
         LineSource in;
         NoFreeDescriptors none;
         EXPECT_FALSE(in.open("cat /proc/umap/vo"));
+        EXPECT_FALSE(in.open("iostat -c"));
     }
 }

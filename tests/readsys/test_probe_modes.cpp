@@ -2,6 +2,7 @@
 
 #include "probe_scene.h"
 #include "probes.h"
+#include "program_launch.h"
 #include "shell_launch.h"
 
 namespace {
@@ -35,20 +36,22 @@ TEST(ProbeModes, InProcessReadingGivesWhatTheShellGives)
     }
 }
 
-TEST(ProbeModes, InProcessOnlyTheToolsSpawn)
+TEST(ProbeModes, InProcessOnlyTheToolsStartAndWithoutAShell)
 {
     ProbeScene scene("good");
     for (const NamedProbe& p : kProbes) {
         const bool tool = p.probe == CheckCpuFile || p.probe == CheckTemperature;
-        unsigned long before = shells_launched();
+        unsigned long shells = shells_launched();
+        const unsigned long programs = programs_started();
         probe_text(p.probe);
-        EXPECT_EQ(shells_launched() - before, tool ? 1u : 0u) << p.name;
+        EXPECT_EQ(shells_launched() - shells, 0u) << p.name;
+        EXPECT_EQ(programs_started() - programs, tool ? 1u : 0u) << p.name;
 
         set_probe_input(ProbeInput::literal_shell);
         const bool two_commands = p.probe == CheckIOFile || p.probe == CheckIO1File || p.probe == CheckTemperature;
-        before = shells_launched();
+        shells = shells_launched();
         probe_text(p.probe);
-        EXPECT_EQ(shells_launched() - before, two_commands ? 2u : 1u) << p.name;
+        EXPECT_EQ(shells_launched() - shells, two_commands ? 2u : 1u) << p.name;
         set_probe_input(ProbeInput::in_process);
     }
 }

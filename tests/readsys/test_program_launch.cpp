@@ -1,0 +1,89 @@
+#include <gtest/gtest.h>
+#include <errno.h>
+#include <sys/wait.h>
+
+#include <string>
+
+#include "line_source.h"
+#include "probe_scene.h"
+#include "program_launch.h"
+
+namespace {
+
+struct Outcome {
+    std::string output;
+    int status;
+};
+
+// What a reading command gives in one probe input mode.
+Outcome read_all(const char* command, ProbeInput input)
+{
+    set_probe_input(input);
+    Outcome got{"", -1};
+    LineSource in;
+    EXPECT_TRUE(in.open(command)) << command;
+    char buffer[64];
+    while (in.gets(buffer, sizeof buffer) != nullptr) {
+        got.output += buffer;
+    }
+    got.status = in.close();
+    return got;
+}
+
+}  // namespace
+
+TEST(ProgramLaunch, PlainProgramCallsAreTheOnlyOnesStartedWithoutAShell)
+{
+    ProgramCommand program;
+    ASSERT_TRUE(parse_program_command("./get_temperature > /tmp/temperature \n", program));
+    EXPECT_EQ(program.words, std::vector<std::string>{"./get_temperature"});
+    EXPECT_EQ(program.output, "/tmp/temperature");
+    ASSERT_TRUE(parse_program_command("iostat -c", program));
+    EXPECT_EQ(program.words, (std::vector<std::string>{"iostat", "-c"}));
+    EXPECT_EQ(program.output, "");
+    for (const char* shell : {"cat /tmp/vi0 | grep x", "iostat -c; reboot", "iostat\nreboot", "echo $HOME", "ls *",
+                              "echo 'a b'", "x=1 iostat", "exit 3", "cd /tmp", "iostat > ", "a > b > c", "iostat >/tmp/x",
+                              "iostat 2> /tmp/x", "iostat < /tmp/x", "~/tool", "", " \n"}) {
+        EXPECT_FALSE(parse_program_command(shell, program)) << shell;
+    }
+}
+
+TEST(ProgramLaunch, StatusOutputAndFilesAreTheShells)
+{
+    ProbeScene scene("");
+    scene.write_tool("/bin/fails", "#!/bin/sh\necho partial\nexit 3\n");
+    scene.write_tool("/bin/say", "#!/bin/sh\necho \"$@\"\n");
+    scene.write_tool("/home/public/no-hashbang", "echo read by the shell\n");
+    scene.write("/home/public/not-executable", "#!/bin/sh\necho never\n");
+    const struct {
+        const char* command;
+        unsigned long processes;  // started directly
+    } kReads[] = {{"fails", 1}, {"say -c /data/x", 1}, {"/bin/say", 1}, {"say > /tmp/out", 1},
+                  {"no-such-program-here -c", 0}, {"./not-executable", 0}, {"./no-hashbang", 0}};
+    for (const auto& read : kReads) {
+        const char* command = read.command;
+        const unsigned long programs = programs_started();
+        const Outcome direct = read_all(command, ProbeInput::in_process);
+        EXPECT_EQ(programs_started() - programs, read.processes) << command;
+        const Outcome shell = read_all(command, ProbeInput::literal_shell);
+        EXPECT_EQ(direct.output, shell.output) << command;
+        EXPECT_EQ(direct.status, shell.status) << command;
+    }
+    EXPECT_EQ(read_all("no-such-program-here", ProbeInput::in_process).status, 127 << 8);
+
+    for (const char* command : {"./no-hashbang > /tmp/out", "say a b > /tmp/out \n", "fails > /tmp/out",
+                                "no-such-program-here > /tmp/out", "say > /no-such-folder/out"}) {
+        std::string files[2];
+        int status[2];
+        for (int literal = 0; literal < 2; ++literal) {
+            scene.write("/tmp/out", "old contents\n");
+            set_probe_input(literal != 0 ? ProbeInput::literal_shell : ProbeInput::in_process);
+            status[literal] = run_command(command);
+            files[literal] = scene.root().read("/tmp/out");
+        }
+        EXPECT_EQ(status[0], status[1]) << command;
+        EXPECT_EQ(files[0], files[1]) << command;
+    }
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "every program waited for";
+    EXPECT_EQ(errno, ECHILD);
+}
