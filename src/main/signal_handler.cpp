@@ -20,6 +20,25 @@ namespace {
 std::atomic<int> g_stop_thread(0);
 std::atomic<int> g_handling_thread(0);
 
+// Threads that took a SIGSEGV after the process began to end.
+const int kMaxFaultedThreads = 8;
+std::atomic<int> g_faulted[kMaxFaultedThreads];
+
+// True when this thread took one before (or the table is full).
+bool faulted_before(int self)
+{
+    for (int i = 0; i < kMaxFaultedThreads; ++i) {
+        int slot = g_faulted[i].load();
+        if (slot == 0 && g_faulted[i].compare_exchange_strong(slot, self)) {
+            return false;
+        }
+        if (slot == self) {
+            return true;
+        }
+    }
+    return true;
+}
+
 // On the box a hung daemon is never restarted, a dead one is: whatever
 // exit() waits on, the process is gone this long after HandleSig began.
 const unsigned int kWatchdogSeconds = 5;
@@ -77,10 +96,13 @@ void HandleSig(int sig)
     }
     int none = 0;
     if (!g_handling_thread.compare_exchange_strong(none, self)) {
-        // Already ending. Nested on the same thread, resume the first run;
-        // a fault elsewhere must not return into its faulting instruction,
-        // so that thread waits for the end.
-        if (none == self || sig != SIGSEGV) {
+        // Already ending: changes nothing. A thread that returns is no
+        // longer stopped with whatever lock it holds (stdout, the heap)
+        // that exit() may need; but a real fault comes straight back, and
+        // that thread waits for the end instead of spinning on its
+        // faulting instruction (at real-time priority it would starve the
+        // rest).
+        if (sig != SIGSEGV || !faulted_before(self)) {
             return;
         }
         for (;;) {
