@@ -8,7 +8,7 @@ HOST_PKGS=(
   libcjson-dev libboost-dev libgtest-dev googletest libbenchmark-dev
   libpng-dev libfreetype-dev fonts-dejavu-core
   sysstat iproute2 procps python3
-  clang libclang-rt-14-dev
+  clang libclang-rt-14-dev libc++-14-dev libc++abi-14-dev
   g++-arm-linux-gnueabihf qemu-user
   libcpp-httplib-dev nlohmann-json3-dev
   chromium chromium-driver python3-selenium

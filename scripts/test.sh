@@ -1,8 +1,8 @@
 #!/bin/bash
 # Builds everything and runs every test: the host build, the same tests
 # under AddressSanitizer and UndefinedBehaviorSanitizer, and the daemon's
-# unit tests cross-built for 32-bit ARM and run under qemu-arm, and a short
-# run of every fuzz target.
+# unit tests cross-built for 32-bit ARM and run under qemu-arm, the daemon
+# built with clang and libc++, and a short run of every fuzz target.
 # Installs what it needs first (Debian packages; run as root or with sudo).
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -27,6 +27,14 @@ cmake -S . -B build-arm -DCMAKE_TOOLCHAIN_FILE=cmake/arm-linux-gnueabihf.cmake \
       -DCMAKE_BUILD_TYPE=RelWithDebInfo -DOLEDD_HOST_TOOLS=OFF > /dev/null
 cmake --build build-arm -j"$jobs"
 (cd build-arm && ctest --output-on-failure -j"$jobs")
+
+step "daemon with clang and libc++ (C++14, warnings as errors)"
+# Catches code that leans on one standard library's transitive includes or
+# extensions; only the daemon's libraries and oledd.
+cmake -S . -B build-clang -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+      -DCMAKE_CXX_FLAGS=-stdlib=libc++ -DCMAKE_EXE_LINKER_FLAGS=-stdlib=libc++ \
+      -DOLEDD_HOST_TOOLS=OFF -DOLEDD_TESTS=OFF > /dev/null
+cmake --build build-clang -j"$jobs" --target oledd
 
 step "fuzz targets, a short run each"
 bash scripts/fuzz.sh 15

@@ -5,7 +5,8 @@
 #include "path_on_box.h"
 
 namespace {
-std::string g_root;
+// Never destroyed: the loops still run probes while the process exits.
+std::string& g_root = *new std::string;
 }
 
 void set_box_root(const std::string& root)

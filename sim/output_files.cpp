@@ -28,10 +28,12 @@ bool replace_file(const std::string& path, const std::string& bytes)
 
 }  // namespace
 
+const int OutputFiles::kLastRoundWaitMs;
+
 OutputFiles& OutputFiles::instance()
 {
-    static OutputFiles files;
-    return files;
+    static OutputFiles* files = new OutputFiles;
+    return *files;
 }
 
 void OutputFiles::set_folder(const std::string& folder)
@@ -87,34 +89,52 @@ void OutputFiles::flush()
 
 void OutputFiles::run()
 {
-    std::unique_lock<std::mutex> lock(wake_mutex_);
-    while (running_) {
-        wake_.wait_for(lock, kCoalesce);
-        lock.unlock();
-        flush();
-        lock.lock();
+    {
+        std::unique_lock<std::mutex> lock(wake_mutex_);
+        while (running_.load()) {
+            wake_.wait_for(lock, kCoalesce);
+            lock.unlock();
+            writing_.store(true);
+            flush();
+            writing_.store(false);
+            lock.lock();
+        }
     }
+    flush();
+    std::lock_guard<std::mutex> lock(done_mutex_);
+    last_round_done_ = true;
+    done_.notify_all();
 }
 
 void OutputFiles::start()
 {
-    std::lock_guard<std::mutex> lock(wake_mutex_);
-    if (running_ || folder_.empty()) {
+    if (started_ || folder_.empty()) {
         return;
     }
-    running_ = true;
-    thread_ = std::thread(&OutputFiles::run, this);
+    started_ = true;
+    running_.store(true);
+    std::thread writer(&OutputFiles::run, this);
+    writer_ = writer.get_id();
+    writer.detach();
 }
 
 void OutputFiles::stop()
 {
-    {
-        std::lock_guard<std::mutex> lock(wake_mutex_);
-        running_ = false;
+    running_.store(false);
+    if (!started_) {
+        flush();
+        return;
     }
+    if (std::this_thread::get_id() == writer_) {
+        // The process ends on the writer's own thread: it cannot wait for
+        // itself, and may be in the middle of a round.
+        if (!writing_.load()) {
+            flush();
+        }
+        return;
+    }
+    // No lock: a wake-up lost here only costs the writer its 50 ms.
     wake_.notify_all();
-    if (thread_.joinable()) {
-        thread_.join();
-    }
-    flush();
+    std::unique_lock<std::mutex> lock(done_mutex_);
+    done_.wait_for(lock, std::chrono::milliseconds(kLastRoundWaitMs), [this] { return last_round_done_; });
 }

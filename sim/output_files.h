@@ -15,6 +15,7 @@
 // and replaces dirty files at most every 50 ms (changes are coalesced), and
 // stop() writes whatever is still dirty, so the files are right at exit.
 // Files are replaced by rename: a reader never sees half a file.
+// Never destroyed: daemon threads still mark files while the process exits.
 class OutputFiles {
 public:
     typedef std::function<std::string()> Renderer;
@@ -31,13 +32,18 @@ public:
     void mark_dirty(int id);
 
     void start();
-    // Stops the writer thread and writes every dirty file now.
+    // Stops the writer and has every dirty file written one last time. It
+    // runs at exit on whichever thread ends the process, which may hold the
+    // SoC or a panel (a fault in the middle of a store) or be the writer
+    // itself: so it never joins and waits for that last round at most
+    // kLastRoundWaitMs; the files may then miss the final 50 ms.
     void stop();
+    static const int kLastRoundWaitMs = 500;
     // Writes every dirty file now, on the calling thread.
     void flush();
 
 private:
-    OutputFiles() : running_(false) {}
+    OutputFiles() : running_(false), writing_(false), started_(false), last_round_done_(false) {}
     void run();
     void write_file(size_t index);
 
@@ -54,8 +60,13 @@ private:
     std::mutex write_mutex_;
     std::mutex wake_mutex_;
     std::condition_variable wake_;
-    bool running_;
-    std::thread thread_;
+    std::atomic<bool> running_;
+    std::atomic<bool> writing_;  // the writer is inside flush()
+    bool started_;
+    std::thread::id writer_;
+    std::mutex done_mutex_;
+    std::condition_variable done_;
+    bool last_round_done_;
 };
 
 #endif

@@ -26,8 +26,9 @@ const int SimSoc::kMaxChangeCallbacks;
 
 SimSoc& SimSoc::instance()
 {
-    static SimSoc soc;
-    return soc;
+    // Never destroyed: daemon threads still store while the process exits.
+    static SimSoc* soc = new SimSoc;
+    return *soc;
 }
 
 SimSoc::SimSoc() : change_callback_count_(0), trace_(nullptr), stores_(0)

@@ -22,15 +22,23 @@ inline long long microseconds(const timeval& t)
     return static_cast<long long>(t.tv_sec) * 1000000 + t.tv_usec;
 }
 
+// A bus line without a pin keeps address 0 (the two-wire panels have no
+// reset line): such a line is never read or written. Physical page 0 is no
+// register of the SoC, and a kernel may refuse to map it.
+const unsigned int kNoPin = 0;
+
 }  // namespace
 
 unsigned int get_reg(unsigned int addr)
 {
-    return register_load(addr);
+    return addr == kNoPin ? 0 : register_load(addr);
 }
 
 unsigned int set_reg(unsigned int addr, unsigned int value)
 {
+    if (addr == kNoPin) {
+        return value;
+    }
     // At least one microsecond must visibly pass before every write: the
     // panel buses have no other timing.
     timeval start;

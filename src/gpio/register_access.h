@@ -24,10 +24,12 @@ void* memmap(unsigned int phys_addr, unsigned int size);
 // sparse file standing in for the register space.
 void set_memmap_device(const char* path);
 
-// 32-bit register read; no pacing.
+// 32-bit register read; no pacing. Address 0 (a line without a pin) reads 0
+// and is never touched.
 unsigned int get_reg(unsigned int addr);
 // 32-bit register write after a spin of at least one microsecond: the spin
-// is what paces the bit-banged panel buses. Returns value.
+// is what paces the bit-banged panel buses. Returns value. Address 0 is
+// skipped, without the spin.
 unsigned int set_reg(unsigned int addr, unsigned int value);
 
 int StrToNumber(char* text, unsigned int* out);

@@ -17,7 +17,8 @@ namespace {
 const uint32_t kPageMask = 0xFFFu;
 const uint32_t kPageSize = 0x1000u;
 
-std::string g_device = "/dev/mem";
+// Never destroyed: a loop may map a page while the process exits.
+std::string& g_device = *new std::string("/dev/mem");
 // Opened on first need and kept; a failed open stays negative so that the
 // next request tries again.
 int g_device_fd = -1;

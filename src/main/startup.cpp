@@ -2,8 +2,6 @@
 
 #include <signal.h>
 #include <stdio.h>
-#include <stdlib.h>
-#include <unistd.h>
 
 #include "board_identity.h"
 #include "control_server.h"
@@ -11,24 +9,14 @@
 #include "create_thread.h"
 #include "runtime_settings.h"
 #include "screen_loops.h"
+#include "signal_handler.h"
 #include "singleton.h"
 #include "software_config.h"
 #include "trace.h"
 
-void HandleSig(int sig)
-{
-    printf("handle signal -->0x%x\n", sig);
-    thread_big_loop = false;
-    thread_small_loop = false;
-    thread_oled_ump = false;
-    thread_led_loop = false;
-    sleep(1);  // gives the loops a pass to notice their flag
-    puts("exit  HandleSig");
-    exit(-1);
-}
-
 int oled_main()
 {
+    take_stop_signals_here();
     signal(SIGINT, HandleSig);
     signal(SIGTERM, HandleSig);
     signal(SIGHUP, HandleSig);

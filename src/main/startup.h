@@ -5,7 +5,4 @@
 // what oledd-sim runs after preparing the simulated box.
 int oled_main();
 
-// Ends the process on SIGINT, SIGTERM, SIGHUP and SIGSEGV.
-void HandleSig(int sig);
-
 #endif

@@ -1,5 +1,5 @@
 """The daemon's start-up on a fresh box: board file, settings file,
-messages, signal handling."""
+messages. (Signals: test_signal_path.py.)"""
 
 import os
 import signal
@@ -78,22 +78,6 @@ class StartUp(E2ETest):
         expected = (CANONICAL_DEFAULTS.replace("OLed_a_cpu=1", "OLed_a_cpu=0")
                     .replace("OLed_a_small_n_buf=WELCOME", "OLed_a_small_n_buf=HELLO BOX"))
         self.assertEqual(box.read("/data/oled.ini"), expected)
-
-    def test_sigterm_and_sigint_end_with_the_handler_lines_and_status_255(self):
-        for sig, number in ((signal.SIGTERM, "0xf"), (signal.SIGINT, "0x2"), (signal.SIGHUP, "0x1")):
-            with self.subTest(signal=number):
-                box = self.box()
-                out = self.start_and_stop_with(box, sig)
-                # The worker threads may still print between the two lines.
-                i = out.index("handle signal -->" + number)
-                self.assertGreater(out.index("exit  HandleSig"), i)
-
-    def start_and_stop_with(self, box, sig):
-        box.start()
-        box.wait_for("save config succeed")
-        box.signal(sig)
-        self.assertEqual(box.wait(), 255)
-        return box.output()
 
     def test_unwritable_settings_file_fails_to_save_and_stays_whole(self):
         box = self.box(files={"/data/oled.ini": "OLed_a_cpu=0\n"})

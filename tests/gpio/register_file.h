@@ -28,6 +28,10 @@ public:
         uint32_t value = 0;
         return pread(fd_, &value, 4, static_cast<off_t>(phys_addr)) == 4 ? value : 0xBAD0BAD0;
     }
+    bool write(uint32_t phys_addr, uint32_t value) const
+    {
+        return pwrite(fd_, &value, 4, static_cast<off_t>(phys_addr)) == 4;
+    }
 
 private:
     RegisterFile() : fd_(mkstemp(path_))

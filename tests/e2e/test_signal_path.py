@@ -1,0 +1,119 @@
+"""Stop signals and faults aimed by thread id at every thread of a running
+box, one at a time and two in a row: the process always ends within three
+seconds, with status 255 and the handler's two lines exactly once.
+
+OLEDD_SIGNAL_TRIALS (default 128) sets the number of runs, OLEDD_SIGNAL_BOXES
+(default 4) how many boxes run at once."""
+
+import ctypes
+import os
+import random
+import signal
+import threading
+import time
+import unittest
+
+from harness import Netns, SimBox, main
+from test_startup import settings_text
+
+TRIALS = int(os.environ.get("OLEDD_SIGNAL_TRIALS", "128"))
+BOXES = int(os.environ.get("OLEDD_SIGNAL_BOXES", "4"))
+SIGNALS = (signal.SIGTERM, signal.SIGINT, signal.SIGHUP, signal.SIGSEGV)
+# Main thread, small-screen loop, LED loop and the output files' writer.
+THREADS = 4
+ENDS_WITHIN = 3.0
+
+# The small panel keeps the SoC busy (and locked) on its bus; the LEDs and
+# the output folder add the other threads.
+SETTINGS = settings_text(dict(OLed_a_kind_start=4, OLed_a_sleep_tim=1, OLed_a_led_start=1,
+                              kLed_eth_gpio="5_0", kLed_cpu_gpio="5_1", kLed_pwr_gpio="5_3"))
+
+_libc = ctypes.CDLL(None, use_errno=True)
+
+
+def tgkill(pid, tid, sig):
+    if _libc.tgkill(pid, tid, sig) != 0:
+        raise OSError(ctypes.get_errno(), "tgkill %d %d" % (tid, sig))
+
+
+def threads_of(pid, count, timeout=10.0):
+    deadline = time.time() + timeout
+    while time.time() < deadline:
+        tids = sorted(int(t) for t in os.listdir("/proc/%d/task" % pid))
+        if len(tids) >= count:
+            return tids
+        time.sleep(0.01)
+    raise AssertionError("box %d has threads %r, not %d" % (pid, tids, count))
+
+
+def plan(trials, seed=13):
+    """For each run the (thread index, signal) pairs to send and the delay
+    before them: every signal at every thread alone, and as often followed
+    at once by a second one, the same or another, at any thread."""
+    pick = random.Random(seed)
+    runs = []
+    for i in range(trials):
+        sends = [(i % THREADS, SIGNALS[(i // THREADS) % len(SIGNALS)])]
+        if (i // (THREADS * len(SIGNALS))) % 2 == 1:
+            sends.append((pick.randrange(THREADS), pick.choice(SIGNALS)))
+        runs.append((sends, pick.uniform(0.0, 0.3)))
+    return runs
+
+
+class SignalPath(unittest.TestCase):
+    def run_once(self, sends, delay):
+        """Why this run failed, or None; and how long the box took to end."""
+        netns = Netns("sig")
+        box = SimBox(netns=netns, files={"/data/oled.ini": SETTINGS})
+        try:
+            box.start()
+            box.wait_for("save config succeed")
+            tids = threads_of(box.proc.pid, THREADS)
+            time.sleep(delay)  # somewhere in the loops' work
+            sent_at = time.time()
+            for index, sig in sends:
+                tgkill(box.proc.pid, tids[index], sig)
+            try:
+                status = box.wait(timeout=ENDS_WITHIN)
+            except Exception:
+                return "still running %.1f s after the signal" % ENDS_WITHIN, None
+            took = time.time() - sent_at
+            out = box.output()
+            lines = [line for line in out if line.startswith("handle signal -->") or line == "exit  HandleSig"]
+            sent = ["handle signal -->0x%x" % sig for _, sig in sends]
+            if status != 255 or len(lines) != 2 or lines[0] not in sent or lines[1] != "exit  HandleSig":
+                return "status %d, handler lines %r" % (status, lines), took
+            return None, took
+        finally:
+            box.close()
+            netns.close()
+
+    def test_every_signal_at_every_thread_ends_the_box_once_within_three_seconds(self):
+        runs = plan(TRIALS)
+        failures = []
+        times = []
+        lock = threading.Lock()
+
+        def worker(mine):
+            for sends, delay in mine:
+                problem, took = self.run_once(sends, delay)
+                with lock:
+                    if took is not None:
+                        times.append(took)
+                    if problem is not None:
+                        failures.append("%s: %s" % (
+                            ", ".join("%s at thread %d" % (signal.Signals(s).name, t) for t, s in sends), problem))
+
+        workers = [threading.Thread(target=worker, args=(runs[i::BOXES],)) for i in range(BOXES)]
+        for w in workers:
+            w.start()
+        for w in workers:
+            w.join()
+        alone = sum(1 for sends, _ in runs if len(sends) == 1)
+        print("%d runs (%d alone, %d two in a row), %d failed; slowest end %.2f s" % (
+            len(runs), alone, len(runs) - alone, len(failures), max(times) if times else 0))
+        self.assertEqual(failures, [])
+
+
+if __name__ == "__main__":
+    main()
