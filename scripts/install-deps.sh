@@ -9,7 +9,8 @@ HOST_PKGS=(
   libpng-dev libfreetype-dev fonts-dejavu-core
   sysstat iproute2 procps python3
   clang libclang-rt-14-dev
-  g++-arm-linux-gnueabihf qemu-user qemu-user-static
+  g++-arm-linux-gnueabihf qemu-user
+  qemu-user-static
 )
 ARM_PKGS=(libcjson-dev:armhf)
 
