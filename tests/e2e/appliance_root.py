@@ -61,11 +61,16 @@ class ApplianceBox(SimBox):
     installs it) run in it. Output comes through a terminal, line by line,
     as on the box's serial console."""
 
-    def __init__(self, netns, oledd, emulator=(), files=None):
+    def __init__(self, netns, oledd, emulator=()):
         super().__init__(netns=netns)
+        try:
+            self._fill(oledd, emulator)
+        except BaseException:
+            self.close()
+            raise
+
+    def _fill(self, oledd, emulator):
         shutil.copytree(SAMPLE_ROOT, self.root, dirs_exist_ok=True)
-        for path, content in (files or {}).items():
-            self.write(path, content)
         for folder in ("/dev", "/proc", "/sys", "/tmp"):
             os.makedirs(self.host(folder), exist_ok=True)
         with open(self.host("/dev/mem"), "wb") as f:
