@@ -13,9 +13,10 @@ from appliance_root import ApplianceBox
 from harness import BIN_DIR, EMULATOR, SAVED, PeerTest, main
 
 # Marks written before the start: a register the daemon leaves alone keeps
-# its mark, one it rewrites shows it read the old value first.
+# UNTOUCHED; a direction register keeps FOREIGN_OUTPUT (bit 7, no pin of
+# ours) when the daemon changes only its own bits.
 UNTOUCHED = 0xA5A5A5A5
-FOREIGN_OUTPUT = 0x80  # bit 7 of each direction register, not a pin of ours
+FOREIGN_OUTPUT = 0x80
 LED_KEYS = ("kLed_eth_gpio", "kLed_cpu_gpio", "kLed_hdmi_gpio", "kLed_pwr_gpio", "kLed_eth_onboard",
             "kLed_cpu_onboard", "kLed_hdmi_onboard")
 
