@@ -1,13 +1,13 @@
 #!/bin/bash
 # Every benchmark of the project in one run, each against its baseline,
 # printed as one table.
-#   bench/report.sh           full run (a one-minute oledd-sim run; 2-5 min)
-#   bench/report.sh --quick   shorter runs (10 s of oledd-sim; ~1.5 min)
+#   bench/report.sh           full run (a minute each of oledd-sim and oledd; 3-6 min)
+#   bench/report.sh --quick   shorter runs (10 s of oledd-sim and oledd; ~2 min)
 # Builds what it needs: build/ (host), build-literal/ (probes through the
 # shell and every datagram answered, the baseline of oledd-sim),
 # build-arm/ and build-arm-shared/ (the ARM oledd with the C++ runtime
 # linked in and shared, for size).
-# Needs root for the oledd-sim rows (namespaces); they are skipped without.
+# Needs root for the oledd-sim and oledd rows (namespaces); skipped without.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -40,7 +40,7 @@ build() {  # dir, cmake options..., -- targets...
 }
 
 echo "building ..." >&2
-build build -- bench_pacing bench_panels bench_probes bench_control bench_control_literal oledd-sim oledctl
+build build -- bench_pacing bench_panels bench_probes bench_control bench_control_literal oledd-sim oledctl oledd
 build build-literal -DOLEDD_LITERAL_SHELL=ON -DOLEDD_LITERAL_REPLIES=ON -- oledd-sim
 arm=1
 if command -v arm-linux-gnueabihf-g++ > /dev/null; then
@@ -81,6 +81,12 @@ if [ "$(id -u)" = 0 ]; then
   echo "running oledd-sim for ${sim_seconds}s, both probe modes side by side ..." >&2
   sim="$(python3 bench/sim_minute.py --seconds "$sim_seconds" --sim build/bin/oledd-sim --sim build-literal/bin/oledd-sim)"
 fi
+appliance=""
+if [ "$(id -u)" = 0 ] && [ $arm = 1 ]; then
+  echo "running the ARM oledd under qemu-arm-static (and the host oledd) for ${sim_seconds}s ..." >&2
+  appliance="$(python3 bench/appliance_minute.py --seconds "$sim_seconds" --arm build-arm/bin/oledd \
+               --host build/bin/oledd)"
+fi
 discover=""
 if [ "$(id -u)" = 0 ]; then
   echo "measuring oledctl discover with $boxes boxes answering at once ..." >&2
@@ -93,6 +99,7 @@ if [ "$(id -u)" = 0 ]; then
   reflection="$(python3 bench/reflection_flood.py --sim build/bin/oledd-sim --sim build-literal/bin/oledd-sim)"
 fi
 sim_field() { awk -v p="$1" -v c="$2" '$1 == p { print $c }' <<< "${3:-$sim}"; }  # path, column[, lines]
+rss_of() { awk -v p="$1" '$1 == p { print $2 }' <<< "$appliance"; }
 
 echo
 echo "Benchmarks, $(date -u '+%Y-%m-%d %H:%M UTC'), $(nproc) cores, $(uname -m); bench/report.sh $*"
@@ -123,6 +130,10 @@ fi
 if [ -n "$reflection" ]; then
   row "reply bytes per byte sent, replyoled flood 1000/s" "$(sim_field build/bin/oledd-sim 2 "$reflection")" \
       "$(sim_field build-literal/bin/oledd-sim 2 "$reflection")" "oledd-sim built with OLEDD_LITERAL_REPLIES: every datagram answered"
+fi
+if [ -n "$appliance" ]; then
+  row "ARM oledd resident memory after ${sim_seconds} s, kB" "$(rss_of build-arm/bin/oledd)" \
+      "$(rss_of build/bin/oledd)" "host oledd in the same root; ours includes qemu-arm-static"
 fi
 while read -r count _ _ _ _ listed _; do
   [ -n "$count" ] || continue

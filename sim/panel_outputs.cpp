@@ -2,10 +2,14 @@
 
 #include <stdio.h>
 
+#include <memory>
+#include <vector>
+
 #include "file_helpers.h"
 #include "output_files.h"
 #include "panel_attach.h"
 
+#ifdef OLEDD_SIM_PNG
 namespace {
 
 // Scaled so either panel is about 770 pixels wide.
@@ -15,18 +19,18 @@ int png_scale(const PanelController& panel)
 }
 
 }  // namespace
+#endif
 
 void wire_panel_outputs(const BoxSettings& box)
 {
     const PanelWiring* wiring = panel_wiring_for(str2int(box.get(SoftwareConfig::OLed_a_kind_start)));
     OutputFiles& files = OutputFiles::instance();
     // The files are registered once the panel is wired; until then the
-    // tap marks nothing (id -1).
-    std::shared_ptr<int> first_id = std::make_shared<int>(-1);
-    std::shared_ptr<PanelController> panel = attach_panel(box, [first_id](bool, uint8_t) {
-        if (*first_id >= 0) {
-            OutputFiles::instance().mark_dirty(*first_id);
-            OutputFiles::instance().mark_dirty(*first_id + 1);
+    // tap marks nothing. Nothing taps before the daemon starts.
+    std::shared_ptr<std::vector<int> > ids = std::make_shared<std::vector<int> >();
+    std::shared_ptr<PanelController> panel = attach_panel(box, [ids](bool, uint8_t) {
+        for (int id : *ids) {
+            OutputFiles::instance().mark_dirty(id);
         }
     });
     if (wiring == nullptr) {
@@ -36,10 +40,12 @@ void wire_panel_outputs(const BoxSettings& box)
         fprintf(stderr, "oledd-sim: no %s wired: a pin of the panel is not set\n", wiring->name);
         return;
     }
+    ids->push_back(files.add("panel.pgm", [panel]() { return panel_pgm(*panel); }));
+#ifdef OLEDD_SIM_PNG
     const PanelColour colour = wiring->colour;
-    const int pgm_id = files.add("panel.pgm", [panel]() { return panel_pgm(*panel); });
-    files.add("panel.png", [panel, colour]() { return panel_png(*panel, colour, png_scale(*panel)); });
-    *first_id = pgm_id;
-    files.mark_dirty(pgm_id);
-    files.mark_dirty(pgm_id + 1);
+    ids->push_back(files.add("panel.png", [panel, colour]() { return panel_png(*panel, colour, png_scale(*panel)); }));
+#endif
+    for (int id : *ids) {
+        files.mark_dirty(id);
+    }
 }

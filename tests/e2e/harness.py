@@ -21,6 +21,8 @@ _libc = ctypes.CDLL(None, use_errno=True)
 _CLONE_NEWNET = 0x40000000
 
 BIN_DIR = os.environ.get("OLEDD_BIN_DIR", os.path.join(os.path.dirname(__file__), "..", "..", "build", "bin"))
+# Runs the built daemon programs, e.g. "qemu-arm-static -L /" for the ARM build.
+EMULATOR = os.environ.get("OLEDD_EMULATOR", "").split()
 
 
 def needs_root():
@@ -126,6 +128,7 @@ class SimBox:
         self.root = tempfile.mkdtemp(prefix="oledt-root-")
         self.out = tempfile.mkdtemp(prefix="oledt-out-")
         self.proc = None
+        self._stream = None
         self.lines = []
         self._lock = threading.Lock()
         self._reader = None
@@ -150,21 +153,25 @@ class SimBox:
             return f.read()
 
     def start(self, *extra, user=None):
-        argv = [self.program, "--root", self.root, "--out", self.out] + list(extra)
+        argv = EMULATOR + [self.program, "--root", self.root, "--out", self.out] + list(extra)
         if user is not None:
             argv = ["setpriv", "--reuid=%d" % user, "--regid=%d" % user, "--clear-groups"] + argv
         if self.netns is not None:
             argv = self.netns.exec_args(argv)
         self.proc = subprocess.Popen(argv, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
                                      errors="replace", bufsize=1)
+        self._stream = self.proc.stdout
         self._reader = threading.Thread(target=self._collect, daemon=True)
         self._reader.start()
         return self
 
     def _collect(self):
-        for line in self.proc.stdout:
-            with self._lock:
-                self.lines.append(line.rstrip("\n"))
+        try:
+            for line in self._stream:
+                with self._lock:
+                    self.lines.append(line.rstrip("\n"))
+        except OSError:
+            pass  # a terminal's reader gets EIO once the program has ended
 
     def output(self):
         with self._lock:
@@ -201,8 +208,8 @@ class SimBox:
         if self.proc is not None and self.proc.poll() is None:
             self.proc.kill()
             self.proc.wait()
-        if self.proc is not None and self.proc.stdout is not None:
-            self.proc.stdout.close()
+        if self._stream is not None:
+            self._stream.close()
 
     def close(self):
         self.stop()

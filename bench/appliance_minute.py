@@ -1,0 +1,77 @@
+#!/usr/bin/env python3
+"""One minute (or --seconds) of the shipped oledd, run as the appliance
+e2e test runs it (tests/e2e/appliance_root.py): the sample box's settings
+in a private root whose /dev/mem is a sparse file, eth0 one end of a veth
+pair. The ARM build (--arm) runs under qemu-arm-static, whose own memory
+counts in the figure; the host build (--host) runs beside it.
+
+Needs root (namespaces). Prints one line per build:
+  PATH  rss-kB"""
+
+import argparse
+import os
+import sys
+import time
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path.insert(0, os.path.join(HERE, "..", "tests", "e2e"))
+from appliance_root import ApplianceBox  # noqa: E402
+from harness import Netns, link  # noqa: E402
+
+ARM_EMULATOR = ["qemu-arm-static", "-L", "/"]
+
+
+def rss_kb(pid):
+    with open("/proc/%d/status" % pid) as f:
+        for line in f:
+            if line.startswith("VmRSS:"):
+                return int(line.split()[1])
+    return 0
+
+
+class Run:
+    def __init__(self, oledd, emulator):
+        self.oledd = oledd
+        self.netns = Netns("bench")
+        self.peer = Netns("bench-peer")
+        self.box = None
+        try:
+            link(self.netns, "eth0", "192.168.1.20/24", self.peer, "veth0", ["192.168.1.1/24"])
+            self.box = ApplianceBox(self.netns, oledd, emulator).start()
+        except Exception:
+            self.close()
+            raise
+
+    def close(self):
+        if self.box is not None:
+            self.box.close()
+        self.netns.close()
+        self.peer.close()
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--arm", help="the ARM oledd, run under qemu-arm-static")
+    parser.add_argument("--host", help="a host oledd")
+    parser.add_argument("--seconds", type=float, default=60.0, help="running time before the reading (default 60)")
+    args = parser.parse_args()
+    if os.geteuid() != 0:
+        sys.exit("appliance_minute.py: needs root for the namespaces")
+    runs = []
+    try:
+        if args.arm:
+            runs.append(Run(args.arm, ARM_EMULATOR))
+        if args.host:
+            runs.append(Run(args.host, []))
+        time.sleep(args.seconds)
+        for r in runs:
+            if r.box.proc.poll() is not None:
+                sys.exit("appliance_minute.py: %s ended early:\n%s" % (r.oledd, "\n".join(r.box.output()[-20:])))
+            print("%s %d" % (r.oledd, rss_kb(r.box.proc.pid)))
+    finally:
+        for r in runs:
+            r.close()
+
+
+if __name__ == "__main__":
+    main()

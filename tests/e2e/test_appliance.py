@@ -1,0 +1,90 @@
+"""The program that goes into the firmware image, oledd with its /dev/mem
+register access, run whole in a private root folder (appliance_root.py):
+it starts, drives the pins its settings name, serves the control protocol
+and ends on SIGTERM. The build is the one of OLEDD_BIN_DIR; with
+OLEDD_EMULATOR (the ARM build) it runs under that emulator."""
+
+import os
+import signal
+import time
+
+import register_map
+from appliance_root import ApplianceBox
+from harness import BIN_DIR, EMULATOR, SAVED, PeerTest, main
+
+# Marks written before the start: a register the daemon leaves alone keeps
+# UNTOUCHED; a direction register keeps FOREIGN_OUTPUT (bit 7, no pin of
+# ours) when the daemon changes only its own bits.
+UNTOUCHED = 0xA5A5A5A5
+FOREIGN_OUTPUT = 0x80
+LED_KEYS = ("kLed_eth_gpio", "kLed_cpu_gpio", "kLed_hdmi_gpio", "kLed_pwr_gpio", "kLed_eth_onboard",
+            "kLed_cpu_onboard", "kLed_hdmi_onboard")
+
+
+class Appliance(PeerTest):
+    def test_starts_drives_its_pins_serves_control_and_ends_on_sigterm(self):
+        box = self.sim = ApplianceBox(self.netns, os.path.join(BIN_DIR, "oledd"), EMULATOR)
+        self.addCleanup(box.close)
+        settings = box.read("/data/oled.ini")  # the sample box: a small two-wire panel, both LED sets
+        config = dict(line.split("=", 1) for line in settings.splitlines())
+        self.assertEqual(config["OLed_a_kind_start"], "4")
+        bus = [register_map.pin(config[key]) for key in ("OLed_sml_SDINMUX", "OLed_sml_SCLKMUX")]
+        supply, ground = (register_map.pin(config[key]) for key in ("OLed_sml_VCCMUX", "OLed_sml_GNDMUX"))
+        power = register_map.pin(config["kLed_pwr_gpio"])
+        leds = [register_map.pin(config[key]) for key in LED_KEYS if register_map.pin(config[key])]
+        switch = register_map.pin(config["kSwitch_gpio"])
+        chip_select = register_map.pin(config["OLed_ba_CS_MUX"])  # a line of the four-wire bus only
+        outputs = bus + [supply, ground] + leds
+        groups = {group for group, _ in outputs + [switch, chip_select]}
+        for group in groups:
+            box.poke(register_map.direction(group), FOREIGN_OUTPUT)
+        for pin in outputs + [switch, chip_select]:
+            box.poke(register_map.mux(*pin)[0], UNTOUCHED)
+            box.poke(register_map.data(*pin), UNTOUCHED)
+        box.poke(0, UNTOUCHED)  # where a line without a pin (the two-wire panel's reset) would write
+
+        box.start()
+        box.wait_for(SAVED, timeout=30)
+        box.wait_for("oled loop", timeout=30)
+        out = box.output()
+        self.assertEqual(out[:2], ["BRD25", "[ReadConfig]-221: read_config: /data/oled.ini"])
+        self.assertEqual(out[2:40], settings.splitlines())
+        self.assertEqual((len(out[2:40]), out[40]), (38, SAVED))
+
+        lit = 1 << power[1] if config["kLed_outside_value"] == "1" else 0
+        # The LED loop's first pass lights the power LED; the panel's first
+        # bytes move the bus lines.
+        deadline = time.time() + 30
+        while time.time() < deadline and (box.register(register_map.data(*power)) != lit or any(
+                box.register(register_map.data(*pin)) == UNTOUCHED for pin in bus)):
+            time.sleep(0.1)
+        for pin in outputs + [switch]:
+            address, value = register_map.mux(*pin)
+            self.assertEqual(box.register(address), value, "pad of pin %d_%d" % pin)
+        for group in groups:
+            expected = FOREIGN_OUTPUT | sum(1 << bit for g, bit in outputs if g == group)
+            self.assertEqual(box.register(register_map.direction(group)), expected, "direction of group %d" % group)
+        for pin in bus:
+            self.assertIn(box.register(register_map.data(*pin)), (0, 1 << pin[1]), "bus line %d_%d" % pin)
+        levels = [box.register(register_map.data(*pin)) for pin in (supply, ground, power, switch, chip_select)]
+        self.assertEqual(levels, [1 << supply[1], 0, lit, UNTOUCHED, UNTOUCHED])  # the switch is only read
+        self.assertEqual(box.register(register_map.mux(*chip_select)[0]), UNTOUCHED)
+        self.assertEqual(box.register(0), UNTOUCHED)
+
+        reply = self.settle()
+        self.assertEqual(reply, b"[oled]\n" + settings.encode())
+        self.send("cpu=0|oled_string=FROM PEER")
+        self.settle()
+        self.assertEqual(box.read("/data/oled.ini"), settings.replace("OLed_a_cpu=1", "OLed_a_cpu=0")
+                         .replace("OLed_a_small_n_buf=" + config["OLed_a_small_n_buf"], "OLed_a_small_n_buf=FROM PEER"))
+
+        # One signal to the daemon's own pid (the emulator's, which hands it on).
+        box.signal(signal.SIGTERM)
+        self.assertEqual(box.wait(timeout=30), 255)
+        out = box.output()
+        self.assertEqual([line for line in out if "HandleSig" in line or "handle signal" in line],
+                         ["handle signal -->0xf", "exit  HandleSig"])
+
+
+if __name__ == "__main__":
+    main()
