@@ -14,6 +14,8 @@ printf 'avg-cpu:  %%user   %%nice %%system %%iowait  %%steal   %%idle\\n'
 printf '           %s    0.00    1.20    0.05    0.00   95.23\\n\\n' "$(cat ../../tmp/load 2>/dev/null || echo 3.52)"
 """
 
+TOOLS = ("/bin/iostat", "/home/public/get_temperature")
+
 
 class LoopTest(PeerTest):
     def start_box(self, extra_files=None, args=(), **changes):
@@ -26,9 +28,9 @@ class LoopTest(PeerTest):
             "/sys/class/net/eth0/speed": "1000\n",
         }
         files.update(extra_files or {})
-        self.sim = self.box(files=files)
-        self.sim.write("/bin/iostat", IOSTAT, mode=0o755)
-        self.sim.write("/home/public/get_temperature", files["/home/public/get_temperature"], mode=0o755)
+        self.sim = self.box()
+        for path, content in files.items():
+            self.sim.write(path, content, mode=0o755 if path in TOOLS else None)
         self.sim.start(*args)
         self.sim.wait_for("save config succeed")
         return self.sim

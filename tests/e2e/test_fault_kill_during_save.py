@@ -19,14 +19,6 @@ SECONDS = float(os.environ.get("OLEDD_KILL_SECONDS", "60"))
 SETTINGS = {"OLed_a_kind_start": "2", "OLed_a_led_start": "1", "kLed_cpu_gpio": "5_1"}
 
 
-def with_value(data, key, value):
-    lines = data.split(b"\n")
-    for i, line in enumerate(lines):
-        if line.startswith(key + b"="):
-            lines[i] = key + b"=" + value
-    return b"\n".join(lines)
-
-
 class KillDuringSave(FaultTest):
     def test_file_is_old_or_new_after_kill_during_save(self):
         box = self.start_box(SETTINGS)
@@ -41,7 +33,7 @@ class KillDuringSave(FaultTest):
             # A value of a new length each time: a torn write shows as a
             # file of neither size.
             text = ("K%d" % trials) * rng.randrange(1, 6)
-            new = with_value(old, b"OLed_a_small_n_buf", text.encode())
+            new = settings_text(dict(SETTINGS, OLed_a_small_n_buf=text)).encode()
             self.send("oled_string=%s" % text)
             time.sleep(rng.uniform(0, 0.004))
             os.kill(box.proc.pid, signal.SIGKILL)

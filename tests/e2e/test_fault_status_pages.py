@@ -75,32 +75,28 @@ def write_in_place(host, content, mode):
 class StatusPages(FaultTest):
     def change_pages(self, stop, rng, done):
         try:
-            self.change_pages_until(stop, rng, done)
+            while not stop.is_set():
+                self.change_one_page(rng)
+                done["changes"] += 1
+                time.sleep(rng.uniform(0.005, 0.05))
         except Exception as e:  # the test fails on it after the soak
             done["error"] = e
 
-    def change_pages_until(self, stop, rng, done):
-        root = self.sim.root
-        while not stop.is_set():
-            path = rng.choice(PAGES + TOOLS)
-            host = root + path
-            if path in TOOLS:
-                content, mode = tool_variant(rng, path)
-            else:
-                content, mode = page_variant(rng, path), 0o644
-            if os.path.isdir(host):
-                shutil.rmtree(host, ignore_errors=True)
-            if content is None or rng.randrange(20) == 0:
-                try:
-                    os.unlink(host)
-                except FileNotFoundError:
-                    pass
-                if content is not None:
-                    os.makedirs(host)  # a folder where the page was
-            else:
-                write_in_place(host, content, mode)
-            done["changes"] += 1
-            time.sleep(rng.uniform(0.005, 0.05))
+    def change_one_page(self, rng):
+        path = rng.choice(PAGES + TOOLS)
+        host = self.sim.root + path
+        content, mode = tool_variant(rng, path) if path in TOOLS else (page_variant(rng, path), 0o644)
+        if os.path.isdir(host):
+            shutil.rmtree(host, ignore_errors=True)
+        if content is None or rng.randrange(20) == 0:
+            try:
+                os.unlink(host)
+            except FileNotFoundError:
+                pass
+            if content is not None:
+                os.makedirs(host)  # a folder where the page was
+        else:
+            write_in_place(host, content, mode)
 
     def test_daemon_survives_changing_status_pages(self):
         # The big panel's loop and the LED loop together call every probe.

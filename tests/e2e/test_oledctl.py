@@ -35,7 +35,6 @@ class OperatorTool(OperatorSegment):
         saved = box.read("/data/oled.ini")
         got = self.oledctl("get", "--box", "10.0.0.5")
         self.assertEqual((got.returncode, got.stdout), (0, saved))
-        self.assertIn("OLed_a_sleep_tim=9\n", got.stdout)
         got = self.oledctl("get", "--box", "10.0.0.5", "--json")
         self.assertEqual(json.loads(got.stdout), dict(line.split("=", 1) for line in saved.splitlines()))
 
@@ -53,28 +52,14 @@ class OperatorTool(OperatorSegment):
             "10.0.0.3        panel=big sleep=4 " + pages,
             "10.0.0.10       panel=big sleep=7 " + pages,
         ])
-        boxes = json.loads(self.oledctl("discover", "--json", "--timeout", "1.5").stdout)
-        self.assertEqual([(b["address"], b["settings"]["OLed_a_sleep_tim"]) for b in boxes],
-                         [("10.0.0.2", "3"), ("10.0.0.3", "4"), ("10.0.0.10", "7")])
 
-    def test_discover_without_boxes_fails_within_its_timeout(self):
-        began = time.time()
-        found = self.oledctl("discover", "--timeout", "1")
-        took = time.time() - began
-        self.assertEqual((found.returncode, found.stdout, found.stderr),
-                         (1, "", "oledctl: no box answered within 1 s\n"))
-        self.assertGreaterEqual(took, 1.0)
-        self.assertLess(took, 5.0)
-
-    def test_bad_items_never_leave_the_pc(self):
+    def test_bad_items_never_leave_the_pc_and_nothing_answers_a_listener(self):
         listener = Listener(self.station("10.0.0.5"), "10.0.0.5")
         self.addCleanup(listener.close)
+        # Why each item is refused is the protocol unit test's.
         refused = [
             ("set", "bogus=1", "--all"),
-            ("set", "cpu=2", "--box", "10.0.0.5"),
-            ("set", "sda=4_9", "--box", "10.0.0.5", "--via-group"),
-            ("set", "oled_string=a|b", "--all"),
-            ("set", "oled_string=123456789012345678901", "--all"),
+            ("set", "cpu=2", "--box", "10.0.0.5", "--via-group"),
             ("set", "cpu=1", "--box", "10.0.0.256"),
             ("set", "cpu=1"),
             ("led-test", "blink", "--box", "10.0.0.5"),
@@ -91,6 +76,12 @@ class OperatorTool(OperatorSegment):
         self.assertEqual(self.oledctl("set", "--raw", "cpu=1|nonsense", "--all").returncode, 0)
         listener.wait_for("cpu=1|nonsense")
         self.assertEqual(listener.received(), [(OPERATOR, "controlled=10.0.0.5|test=1"), (OPERATOR, "cpu=1|nonsense")])
+
+        began = time.time()
+        found = self.oledctl("discover", "--timeout", "1")
+        self.assertEqual((found.returncode, found.stdout, found.stderr),
+                         (1, "", "oledctl: no box answered within 1 s\n"))
+        self.assertGreaterEqual(time.time() - began, 1.0)
 
     def test_group_sends_leave_through_the_chosen_interface(self):
         other = Segment()

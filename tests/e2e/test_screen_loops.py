@@ -47,10 +47,8 @@ class SmallPanel(LoopTest):
     def test_missing_status_pages_only_skip_their_lines(self):
         # No video input file and a CPU tool that prints garbage: those
         # lines are skipped, the rest goes on.
-        self.start_box(extra_files={"/bin/iostat": "#!/bin/sh\necho garbage\n"},
+        self.start_box(extra_files={"/bin/iostat": "#!/bin/sh\necho garbage\n", "/tmp/vi0": ""},
                        **dict(OFF, OLed_a_kind_start=6, OLed_a_sleep_tim=1, OLed_a_vi=1, OLed_a_temp=1))
-        self.sim.write("/bin/iostat", "#!/bin/sh\necho garbage\n", mode=0o755)
-        self.sim.write("/tmp/vi0", "")
         self.wait_until(lambda: self.screen("TEMP:47 ", None), 25, "temperature alone, first slot")
         self.sim.write("/tmp/vi0", VI0)
         self.wait_until(lambda: self.screen(VI0, "TEMP:47 "), 8, "the video input once its file is back")
