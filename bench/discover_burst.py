@@ -11,7 +11,8 @@ import sys
 import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests", "e2e"))
-from harness import Netns, Segment, needs_root, run_tool  # noqa: E402
+from harness import Netns, needs_root, run_tool  # noqa: E402
+from segment import Segment  # noqa: E402
 
 RESPONDER = r"""
 import socket, struct, sys

@@ -10,7 +10,8 @@ import time
 import urllib.error
 import urllib.request
 
-from harness import BIN_DIR, OperatorSegment, main
+from harness import BIN_DIR, main
+from segment import OperatorSegment
 
 BOXES = ("10.0.0.5", "10.0.0.6", "10.0.0.7")
 SAVED = "save config succeed"

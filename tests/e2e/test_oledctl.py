@@ -4,7 +4,8 @@ namespace of its own, the operator's PC and each box in theirs."""
 import json
 import time
 
-from harness import Listener, Netns, OperatorSegment, Segment, main
+from harness import Netns, main
+from segment import Listener, OperatorSegment, Segment
 
 OPERATOR = OperatorSegment.OPERATOR
 

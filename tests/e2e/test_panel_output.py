@@ -13,10 +13,13 @@ WRITES_PNG = os.environ.get("OLEDD_SIM_PNG", "1") == "1"
 
 
 class PanelOutput(E2ETest):
-    def files_of(self, settings, wait_for="save config succeed"):
+    def files_of(self, settings, message=None):
         box = self.box(files={"/data/oled.ini": settings})
         box.start()
-        box.wait_for(wait_for)
+        if message:
+            box.wait_for(message)
+        # The daemon's own start-up, with its signal handler in place.
+        box.wait_for("save config succeed")
         box.signal(signal.SIGTERM)
         self.assertEqual(box.wait(), 255)
         return {name: open(os.path.join(box.out, name), "rb").read()

@@ -1,0 +1,115 @@
+"""The operator's side of the end-to-end tests: boxes and an operator's PC
+on one Ethernet segment (a bridge), and a listener standing where a box
+would."""
+
+import socket
+import time
+import uuid
+
+from harness import E2ETest, Netns, run, run_tool, wait_until_carrying
+
+
+class Segment:
+    """One Ethernet segment: a bridge in a namespace of its own, with
+    multicast snooping off so that every group datagram reaches every port
+    whether or not a join was seen."""
+
+    def __init__(self):
+        self.netns = Netns("seg")
+        self.netns.ip("link", "add", "br0", "type", "bridge", "mcast_snooping", "0")
+        self.netns.ip("link", "set", "br0", "up")
+        self.ports = 0
+
+    def attach(self, netns, ifname, addr, group_route=True):
+        """Plugs netns into the segment through its interface ifname with
+        addr (CIDR); with group_route, group datagrams leave through it."""
+        self.ports += 1
+        port = "port%d" % self.ports
+        tmp = "v" + uuid.uuid4().hex[:10]
+        run("ip", "link", "add", tmp, "netns", netns.name, "type", "veth", "peer", "name", port,
+            "netns", self.netns.name)
+        netns.ip("link", "set", tmp, "name", ifname)
+        netns.ip("addr", "add", addr, "dev", ifname)
+        netns.ip("link", "set", ifname, "up")
+        self.netns.ip("link", "set", port, "master", "br0")
+        self.netns.ip("link", "set", port, "up")
+        if group_route:
+            netns.ip("route", "add", "224.0.0.0/4", "dev", ifname)
+        wait_until_carrying(netns, ifname)
+        wait_until_carrying(self.netns, port)
+
+    def close(self):
+        self.netns.close()
+
+
+class OperatorSegment(E2ETest):
+    """The operator's PC (self.netns, at OPERATOR) on a segment of its own,
+    and boxes each in a namespace plugged into it."""
+
+    OPERATOR = "10.0.0.100"
+
+    def setUp(self):
+        super().setUp()
+        self.segment = Segment()
+        self.addCleanup(self.segment.close)
+        self.segment.attach(self.netns, "eth0", self.OPERATOR + "/24")
+
+    def station(self, addr):
+        """A namespace on the segment whose eth0 has addr."""
+        ns = Netns("box")
+        self.addCleanup(ns.close)
+        self.segment.attach(ns, "eth0", addr + "/24")
+        return ns
+
+    def serving_box(self, addr, files=None):
+        box = self.box(netns=self.station(addr), files=files)
+        box.start()
+        box.wait_for("save config succeed")
+        deadline = time.time() + 15
+        while time.time() < deadline:
+            if self.oledctl("get", "--box", addr, "--timeout", "0.3").returncode == 0:
+                return box
+        self.fail("box %s never answered:\n%s" % (addr, "\n".join(box.output()[-20:])))
+
+    def oledctl(self, *args):
+        return run_tool(self.netns, "oledctl", *args)
+
+    def wait_for_setting(self, box, line, timeout=5.0):
+        deadline = time.time() + timeout
+        while time.time() < deadline:
+            if line in box.read("/data/oled.ini").splitlines():
+                return
+            time.sleep(0.05)
+        self.fail("%s never appeared in:\n%s" % (line, box.read("/data/oled.ini")))
+
+
+class Listener:
+    """Stands where a box would: receives every datagram to the control
+    port, unicast or through the group, inside a namespace."""
+
+    def __init__(self, netns, local_addr, port=16124, group="224.168.1.1"):
+        self.sock = netns.udp_socket("0.0.0.0", port)
+        self.sock.setsockopt(socket.IPPROTO_IP, socket.IP_ADD_MEMBERSHIP,
+                             socket.inet_aton(group) + socket.inet_aton(local_addr))
+        self.sock.setblocking(False)
+        self.datagrams = []
+
+    def received(self):
+        """(source address, text) of every datagram so far."""
+        while True:
+            try:
+                data, source = self.sock.recvfrom(65536)
+            except BlockingIOError:
+                return list(self.datagrams)
+            self.datagrams.append((source[0], data.decode("latin-1")))
+
+    def wait_for(self, text, timeout=5.0):
+        deadline = time.time() + timeout
+        while time.time() < deadline:
+            if any(d[1] == text for d in self.received()):
+                return
+            time.sleep(0.02)
+        raise AssertionError("datagram %r never arrived; got %r" % (text, self.received()))
+
+    def close(self):
+        self.sock.close()
