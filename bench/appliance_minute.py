@@ -16,28 +16,19 @@ import time
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(HERE, "..", "tests", "e2e"))
 from appliance_root import ApplianceBox  # noqa: E402
-from harness import Netns, link  # noqa: E402
+from bench_netns import BoxLink, rss_kb  # noqa: E402
 
 ARM_EMULATOR = ["qemu-arm-static", "-L", "/"]
 
-
-def rss_kb(pid):
-    with open("/proc/%d/status" % pid) as f:
-        for line in f:
-            if line.startswith("VmRSS:"):
-                return int(line.split()[1])
-    return 0
 
 
 class Run:
     def __init__(self, oledd, emulator):
         self.oledd = oledd
-        self.netns = Netns("bench")
-        self.peer = Netns("bench-peer")
+        self.link = BoxLink()
         self.box = None
         try:
-            link(self.netns, "eth0", "192.168.1.20/24", self.peer, "veth0", ["192.168.1.1/24"])
-            self.box = ApplianceBox(self.netns, oledd, emulator).start()
+            self.box = ApplianceBox(self.link.netns, oledd, emulator).start()
         except Exception:
             self.close()
             raise
@@ -45,8 +36,7 @@ class Run:
     def close(self):
         if self.box is not None:
             self.box.close()
-        self.netns.close()
-        self.peer.close()
+        self.link.close()
 
 
 def main():

@@ -19,7 +19,8 @@ import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(HERE, "..", "tests", "e2e"))
-from harness import Netns, link, run  # noqa: E402
+from bench_netns import BoxLink, rss_kb  # noqa: E402
+from harness import run  # noqa: E402
 
 FIXTURE = os.path.join(HERE, "..", "tests", "fixtures", "good")
 # A small panel and the LED loop, with the shortest hold the screens take.
@@ -35,13 +36,6 @@ def cpu_seconds(pid):
     return sum(int(v) for v in fields[11:15]) / TICK
 
 
-def rss_kb(pid):
-    with open("/proc/%d/status" % pid) as f:
-        for line in f:
-            if line.startswith("VmRSS:"):
-                return int(line.split()[1])
-    return 0
-
 
 def last_pid(pid):
     """The last process id handed out in pid's PID namespace (reading it
@@ -53,14 +47,8 @@ def last_pid(pid):
 class Run:
     def __init__(self, sim):
         self.sim = sim
-        self.netns = Netns("bench")
-        self.peer = Netns("bench-peer")
+        self.link = BoxLink()
         self.proc = None
-        try:
-            link(self.netns, "eth0", "192.168.1.20/24", self.peer, "veth0", ["192.168.1.1/24"])
-        except Exception:
-            self.close()
-            raise
         self.root = tempfile.mkdtemp(prefix="oled-bench-root-")
         self.out = tempfile.mkdtemp(prefix="oled-bench-out-")
         shutil.copytree(FIXTURE, self.root, dirs_exist_ok=True)
@@ -69,7 +57,7 @@ class Run:
             f.write('{"board":"BRD25"}\n')
         with open(self.root + "/data/oled.ini", "w") as f:
             f.write(SETTINGS)
-        argv = self.netns.exec_args(["unshare", "--pid", "--fork", "--kill-child", sim, "--root", self.root,
+        argv = self.link.netns.exec_args(["unshare", "--pid", "--fork", "--kill-child", sim, "--root", self.root,
                                      "--out", self.out])
         self.proc = subprocess.Popen(argv, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         self.pid = None
@@ -105,8 +93,7 @@ class Run:
             self.proc.wait()
             shutil.rmtree(self.root, ignore_errors=True)
             shutil.rmtree(self.out, ignore_errors=True)
-        self.netns.close()
-        self.peer.close()
+        self.link.close()
 
 
 def main():

@@ -1,0 +1,34 @@
+"""What the benchmarks that run a whole daemon share: a box namespace whose
+eth0 is one end of a veth pair, its peer in a second namespace, and the
+daemon's resident memory."""
+
+import os
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests", "e2e"))
+from harness import Netns, link  # noqa: E402
+
+
+class BoxLink:
+    """self.netns holds eth0 at 192.168.1.20, self.peer the other end."""
+
+    def __init__(self):
+        self.netns = Netns("bench")
+        self.peer = Netns("bench-peer")
+        try:
+            link(self.netns, "eth0", "192.168.1.20/24", self.peer, "veth0", ["192.168.1.1/24"])
+        except Exception:
+            self.close()
+            raise
+
+    def close(self):
+        self.netns.close()
+        self.peer.close()
+
+
+def rss_kb(pid):
+    with open("/proc/%d/status" % pid) as f:
+        for line in f:
+            if line.startswith("VmRSS:"):
+                return int(line.split()[1])
+    return 0
