@@ -5,8 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <string>
-
+#include "capture_stdout.h"
 #include "signal_handler.h"
 
 namespace {
@@ -24,12 +23,10 @@ void exit_that_never_ends()
 // the process ends with 255 about five seconds after the handler began.
 TEST(HandleSig, EndsWithStatus255EvenWhenExitHangs)
 {
-    int pipe_fds[2];
-    ASSERT_EQ(pipe(pipe_fds), 0);
+    CaptureStdout out;  // the child inherits the captured descriptor
     const pid_t child = fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
-        dup2(pipe_fds[1], STDOUT_FILENO);
         setvbuf(stdout, nullptr, _IOLBF, 0);
         take_stop_signals_here();
         signal(SIGTERM, HandleSig);
@@ -37,16 +34,9 @@ TEST(HandleSig, EndsWithStatus255EvenWhenExitHangs)
         raise(SIGTERM);
         _exit(0);
     }
-    close(pipe_fds[1]);
-    std::string out;
-    char buffer[256];
-    for (ssize_t n; (n = read(pipe_fds[0], buffer, sizeof(buffer))) > 0;) {
-        out.append(buffer, static_cast<size_t>(n));
-    }
-    close(pipe_fds[0]);
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     ASSERT_TRUE(WIFEXITED(status)) << status;
     EXPECT_EQ(WEXITSTATUS(status), 255);
-    EXPECT_EQ(out, "handle signal -->0xf\nexit  HandleSig\n");
+    EXPECT_EQ(out.text(), "handle signal -->0xf\nexit  HandleSig\n");
 }
