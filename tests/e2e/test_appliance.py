@@ -41,7 +41,6 @@ class Appliance(PeerTest):
         for pin in outputs + [switch, chip_select]:
             box.poke(register_map.mux(*pin)[0], UNTOUCHED)
             box.poke(register_map.data(*pin), UNTOUCHED)
-        box.poke(0, UNTOUCHED)  # where a line without a pin (the two-wire panel's reset) would write
 
         box.start()
         box.wait_for(SAVED, timeout=30)
@@ -69,7 +68,6 @@ class Appliance(PeerTest):
         levels = [box.register(register_map.data(*pin)) for pin in (supply, ground, power, switch, chip_select)]
         self.assertEqual(levels, [1 << supply[1], 0, lit, UNTOUCHED, UNTOUCHED])  # the switch is only read
         self.assertEqual(box.register(register_map.mux(*chip_select)[0]), UNTOUCHED)
-        self.assertEqual(box.register(0), UNTOUCHED)
 
         reply = self.settle()
         self.assertEqual(reply, b"[oled]\n" + settings.encode())
