@@ -5,11 +5,11 @@ seconds, with status 255 and the handler's two lines exactly once.
 OLEDD_SIGNAL_TRIALS (default 128) sets the number of runs, OLEDD_SIGNAL_BOXES
 (default 4) how many boxes run at once."""
 
+import concurrent.futures
 import ctypes
 import os
 import random
 import signal
-import threading
 import time
 import unittest
 
@@ -90,28 +90,13 @@ class SignalPath(unittest.TestCase):
 
     def test_every_signal_at_every_thread_ends_the_box_once_within_three_seconds(self):
         runs = plan(TRIALS)
-        failures = []
-        times = []
-        lock = threading.Lock()
-
-        def worker(mine):
-            for sends, delay in mine:
-                problem, took = self.run_once(sends, delay)
-                with lock:
-                    if took is not None:
-                        times.append(took)
-                    if problem is not None:
-                        failures.append("%s: %s" % (
-                            ", ".join("%s at thread %d" % (signal.Signals(s).name, t) for t, s in sends), problem))
-
-        workers = [threading.Thread(target=worker, args=(runs[i::BOXES],)) for i in range(BOXES)]
-        for w in workers:
-            w.start()
-        for w in workers:
-            w.join()
+        with concurrent.futures.ThreadPoolExecutor(BOXES) as pool:
+            results = list(pool.map(lambda run: self.run_once(*run), runs))
+        failures = ["%s: %s" % (", ".join("%s at thread %d" % (signal.Signals(s).name, t) for t, s in sends), problem)
+                    for (sends, _), (problem, _) in zip(runs, results) if problem is not None]
         alone = sum(1 for sends, _ in runs if len(sends) == 1)
         print("%d runs (%d alone, %d two in a row), %d failed; slowest end %.2f s" % (
-            len(runs), alone, len(runs) - alone, len(failures), max(times) if times else 0))
+            len(runs), alone, len(runs) - alone, len(failures), max(took or 0 for _, took in results)))
         self.assertEqual(failures, [])
 
 
