@@ -89,6 +89,12 @@ class FleetPage(OperatorSegment):
         def message():
             return browser.find_element(By.ID, "message").text
 
+        def bulk(key, value):
+            Select(browser.find_element(By.ID, "bulk-key")).select_by_value(key)
+            browser.find_element(By.ID, "bulk-value").clear()
+            browser.find_element(By.ID, "bulk-value").send_keys(value)
+            browser.find_element(By.ID, "bulk-apply").click()
+
         browser.set_window_size(1600, 440)
         browser.get(self.url)
         until(lambda: [r.get_attribute("data-address") for r in browser.find_elements(By.CSS_SELECTOR, "tbody tr")]
@@ -106,9 +112,7 @@ class FleetPage(OperatorSegment):
 
         # A custom text for every selected box.
         browser.find_element(By.ID, "select-all").click()
-        Select(browser.find_element(By.ID, "bulk-key")).select_by_value("oled_string")
-        browser.find_element(By.ID, "bulk-value").send_keys("FLEET 16")
-        browser.find_element(By.ID, "bulk-apply").click()
+        bulk("oled_string", "FLEET 16")
         until(lambda: message().startswith("oled_string=FLEET 16 sent to 10.0.0.5, 10.0.0.6, 10.0.0.7;"))
         for box in self.boxes:
             self.wait_for_setting(box, "OLed_a_small_n_buf=FLEET 16")
@@ -126,10 +130,7 @@ class FleetPage(OperatorSegment):
         sleep.send_keys("abc", Keys.RETURN)
         until(lambda: message() == "sleep: 'abc' is not a decimal integer")
         self.assertIn("refused", sleep.get_attribute("class"))
-        Select(browser.find_element(By.ID, "bulk-key")).select_by_value("pwr_led")
-        browser.find_element(By.ID, "bulk-value").clear()
-        browser.find_element(By.ID, "bulk-value").send_keys("25_9")
-        browser.find_element(By.ID, "bulk-apply").click()
+        bulk("pwr_led", "25_9")
         until(lambda: message().startswith("pwr_led: '25_9' is not a pin"))
         time.sleep(0.3)  # what was sent would have arrived by now
         self.assertEqual((self.files(), self.saves()), (before, saved))
@@ -144,24 +145,26 @@ class FleetPage(OperatorSegment):
 
     def refuse_without_token(self):
         """Runs inside the operator's namespace: the server listens there."""
-        change = b'{"boxes": ["10.0.0.5"], "items": ["cpu=0"]}'
         direct = urllib.request.build_opener(urllib.request.ProxyHandler({}))
-        before = self.files()
+
+        def post(headers, item):
+            body = ('{"boxes": ["10.0.0.5"], "items": ["%s"]}' % item).encode()
+            return direct.open(urllib.request.Request("http://127.0.0.1:16180/api/set", data=body, headers=headers),
+                               timeout=5)
+
+        before = self.boxes[0].read("/data/oled.ini")
         # Which tokens, origins and hosts pass is the guard's unit test;
         # here each check is seen to guard the server.
         for headers in ({}, {"X-Fleet-Token": self.token[:-1]},
                         {"X-Fleet-Token": self.token, "Origin": "http://evil.example"},
                         {"X-Fleet-Token": self.token, "Host": "evil.example:16180"}):
-            request = urllib.request.Request("http://127.0.0.1:16180/api/set", data=change, headers=headers)
             with self.assertRaises(urllib.error.HTTPError) as refused:
-                direct.open(request, timeout=5)
+                post(headers, "vi=0")  # had it left, the file below would show it
             self.assertEqual(refused.exception.code, 403, headers)
-        request = urllib.request.Request("http://127.0.0.1:16180/api/set", data=change,
-                                         headers={"X-Fleet-Token": self.token})
-        with direct.open(request, timeout=5) as done:
+        with post({"X-Fleet-Token": self.token}, "cpu=0") as done:
             self.assertEqual(done.status, 200)
         self.wait_for_setting(self.boxes[0], "OLed_a_cpu=0")
-        self.assertEqual(before[0].replace("OLed_a_cpu=1", "OLed_a_cpu=0"), self.boxes[0].read("/data/oled.ini"))
+        self.assertEqual(self.boxes[0].read("/data/oled.ini"), before.replace("OLed_a_cpu=1", "OLed_a_cpu=0"))
 
 
 if __name__ == "__main__":
