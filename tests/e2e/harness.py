@@ -304,6 +304,22 @@ def wait_until_carrying(netns, ifname, timeout=5.0):
     raise AssertionError("link %s in %s never came up" % (ifname, netns.name))
 
 
+def eventually(check, timeout, what, every=0.05):
+    """check()'s first true result within timeout seconds; otherwise fails
+    saying what (a text, or a function giving one: the state at the end)."""
+    deadline = time.time() + timeout
+    while True:
+        try:
+            got = check()
+            if got:
+                return got
+        except (OSError, ValueError, IndexError):
+            pass  # a file caught between two versions
+        if time.time() > deadline:
+            raise AssertionError("not seen within %ss: %s" % (timeout, what() if callable(what) else what))
+        time.sleep(every)
+
+
 def run_tool(netns, name, *args, timeout=30):
     """Runs one of the built programs (oledctl, oled-logo) inside netns, or
     on the host when netns is None; the finished process, text output."""

@@ -4,7 +4,7 @@ CPU load and temperature, an address on eth0 and a peer to send from."""
 
 import time
 
-from harness import PeerTest
+from harness import PeerTest, eventually
 from test_startup import settings_text
 
 # The stand-in tools run in ROOT/home/public: the box's /tmp is ../../tmp.
@@ -35,16 +35,7 @@ class LoopTest(PeerTest):
         self.sim.wait_for("save config succeed")
         return self.sim
 
-    def wait_until(self, check, timeout, what):
-        deadline = time.time() + timeout
-        while time.time() < deadline:
-            try:
-                if check():
-                    return
-            except (OSError, ValueError, IndexError):
-                pass  # a file caught between two versions
-            time.sleep(0.05)
-        self.fail("not seen within %ss: %s" % (timeout, what))
+    wait_until = staticmethod(eventually)
 
     def never_within(self, check, seconds, what):
         deadline = time.time() + seconds

@@ -3,10 +3,9 @@ on one Ethernet segment (a bridge), and a listener standing where a box
 would."""
 
 import socket
-import time
 import uuid
 
-from harness import E2ETest, Netns, run, run_tool, wait_until_carrying
+from harness import E2ETest, Netns, eventually, run, run_tool, wait_until_carrying
 
 
 class Segment:
@@ -65,22 +64,16 @@ class OperatorSegment(E2ETest):
         box = self.box(netns=self.station(addr), files=files)
         box.start()
         box.wait_for("save config succeed")
-        deadline = time.time() + 15
-        while time.time() < deadline:
-            if self.oledctl("get", "--box", addr, "--timeout", "0.3").returncode == 0:
-                return box
-        self.fail("box %s never answered:\n%s" % (addr, "\n".join(box.output()[-20:])))
+        eventually(lambda: self.oledctl("get", "--box", addr, "--timeout", "0.3").returncode == 0, 15,
+                   lambda: "box %s answering:\n%s" % (addr, "\n".join(box.output()[-20:])), every=0)
+        return box
 
     def oledctl(self, *args):
         return run_tool(self.netns, "oledctl", *args)
 
     def wait_for_setting(self, box, line, timeout=5.0):
-        deadline = time.time() + timeout
-        while time.time() < deadline:
-            if line in box.read("/data/oled.ini").splitlines():
-                return
-            time.sleep(0.05)
-        self.fail("%s never appeared in:\n%s" % (line, box.read("/data/oled.ini")))
+        eventually(lambda: line in box.read("/data/oled.ini").splitlines(), timeout,
+                   lambda: "%s in:\n%s" % (line, box.read("/data/oled.ini")))
 
 
 class Listener:
@@ -104,12 +97,8 @@ class Listener:
             self.datagrams.append((source[0], data.decode("latin-1")))
 
     def wait_for(self, text, timeout=5.0):
-        deadline = time.time() + timeout
-        while time.time() < deadline:
-            if any(d[1] == text for d in self.received()):
-                return
-            time.sleep(0.02)
-        raise AssertionError("datagram %r never arrived; got %r" % (text, self.received()))
+        eventually(lambda: any(d[1] == text for d in self.received()), timeout,
+                   lambda: "datagram %r; got %r" % (text, self.received()), every=0.02)
 
     def close(self):
         self.sock.close()

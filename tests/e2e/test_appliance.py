@@ -6,11 +6,10 @@ OLEDD_EMULATOR (the ARM build) it runs under that emulator."""
 
 import os
 import signal
-import time
 
 import register_map
 from appliance_root import ApplianceBox
-from harness import BIN_DIR, EMULATOR, SAVED, PeerTest, main
+from harness import BIN_DIR, EMULATOR, SAVED, PeerTest, eventually, main
 
 # Marks written before the start: a register the daemon leaves alone keeps
 # UNTOUCHED; a direction register keeps FOREIGN_OUTPUT (bit 7, no pin of
@@ -53,10 +52,8 @@ class Appliance(PeerTest):
         lit = 1 << power[1] if config["kLed_outside_value"] == "1" else 0
         # The LED loop's first pass lights the power LED; the panel's first
         # bytes move the bus lines.
-        deadline = time.time() + 30
-        while time.time() < deadline and (box.register(register_map.data(*power)) != lit or any(
-                box.register(register_map.data(*pin)) == UNTOUCHED for pin in bus)):
-            time.sleep(0.1)
+        eventually(lambda: box.register(register_map.data(*power)) == lit and all(
+            box.register(register_map.data(*pin)) != UNTOUCHED for pin in bus), 30, "power LED lit, bus lines moved")
         for pin in outputs + [switch]:
             address, value = register_map.mux(*pin)
             self.assertEqual(box.register(address), value, "pad of pin %d_%d" % pin)

@@ -9,10 +9,9 @@ OLEDD_REFLECT_RATE sets the datagrams a second of the reflection flood
 (default 1000)."""
 
 import os
-import time
 
 from fault_box import Process, QuietSimBox
-from harness import BOX, PORT, SAVED, PeerTest, main
+from harness import BOX, PORT, SAVED, PeerTest, eventually, main
 from reflection_flood import THIRD, ThirdHost, describe, flood
 
 REFLECT_RATE = int(os.environ.get("OLEDD_REFLECT_RATE", "1000"))
@@ -56,9 +55,7 @@ class Control(PeerTest):
         def accounted():
             return sim.saves - saves + box.socket_queue()[1] - socket_drops
 
-        deadline = time.time() + 10
-        while accounted() < figures["sent_datagrams"] + figures["polls"] and time.time() < deadline:
-            time.sleep(0.05)
+        eventually(lambda: accounted() >= figures["sent_datagrams"] + figures["polls"], 10, "every datagram handled")
         self.assertEqual(accounted(), figures["sent_datagrams"] + figures["polls"])
         told = [line for line in sim.output()[start:] if "replies are being limited" in line]
         self.assertEqual(len(told), 1, told)

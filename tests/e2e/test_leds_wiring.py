@@ -4,10 +4,9 @@ panel's pins are routed at start, leds.json shows the LED settings' pins."""
 import json
 import os
 import signal
-import time
 
 import register_map
-from harness import E2ETest, main
+from harness import E2ETest, eventually, main
 
 # BRD25's small panel: 4_0 data, 4_1 clock, 4_2 supply, 4_3 ground; its
 # switch is 7_6. Two LEDs share the supply and ground pins, so their
@@ -26,9 +25,7 @@ class LedsWiring(E2ETest):
         expected = {key: {"pin": pin, "level": level, "on": None if level is None else level == 0}
                     for key, (pin, level) in LEDS.items()}
         leds = lambda: json.load(open(box.out + "/leds.json")) if os.path.exists(box.out + "/leds.json") else None
-        deadline = time.time() + 10
-        while leds() != expected and time.time() < deadline:
-            time.sleep(0.05)
+        eventually(lambda: leds() == expected, 10, lambda: "LEDs %r" % leds())
         box.signal(signal.SIGTERM)
         self.assertEqual(box.wait(), 255)
         self.assertEqual(leds(), expected)

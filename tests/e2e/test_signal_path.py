@@ -13,7 +13,7 @@ import signal
 import time
 import unittest
 
-from harness import Netns, SimBox, main
+from harness import Netns, SimBox, eventually, main
 from test_startup import settings_text
 
 TRIALS = int(os.environ.get("OLEDD_SIGNAL_TRIALS", "128"))
@@ -36,14 +36,11 @@ def tgkill(pid, tid, sig):
         raise OSError(ctypes.get_errno(), "tgkill %d %d" % (tid, sig))
 
 
-def threads_of(pid, count, timeout=10.0):
-    deadline = time.time() + timeout
-    while time.time() < deadline:
-        tids = sorted(int(t) for t in os.listdir("/proc/%d/task" % pid))
-        if len(tids) >= count:
-            return tids
-        time.sleep(0.01)
-    raise AssertionError("box %d has threads %r, not %d" % (pid, tids, count))
+def threads_of(pid, count):
+    def tids():
+        found = sorted(int(t) for t in os.listdir("/proc/%d/task" % pid))
+        return found if len(found) >= count else None
+    return eventually(tids, 10, "box %d with %d threads" % (pid, count), every=0.01)
 
 
 def plan(trials, seed=13):
