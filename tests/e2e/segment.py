@@ -3,9 +3,8 @@ on one Ethernet segment (a bridge), and a listener standing where a box
 would."""
 
 import socket
-import uuid
 
-from harness import E2ETest, Netns, eventually, run, run_tool, wait_until_carrying
+from harness import E2ETest, Netns, eventually, link, run_tool
 
 
 class Segment:
@@ -24,18 +23,10 @@ class Segment:
         addr (CIDR); with group_route, group datagrams leave through it."""
         self.ports += 1
         port = "port%d" % self.ports
-        tmp = "v" + uuid.uuid4().hex[:10]
-        run("ip", "link", "add", tmp, "netns", netns.name, "type", "veth", "peer", "name", port,
-            "netns", self.netns.name)
-        netns.ip("link", "set", tmp, "name", ifname)
-        netns.ip("addr", "add", addr, "dev", ifname)
-        netns.ip("link", "set", ifname, "up")
+        link(netns, ifname, addr, self.netns, port, [], group_route=False)
         self.netns.ip("link", "set", port, "master", "br0")
-        self.netns.ip("link", "set", port, "up")
         if group_route:
             netns.ip("route", "add", "224.0.0.0/4", "dev", ifname)
-        wait_until_carrying(netns, ifname)
-        wait_until_carrying(self.netns, port)
 
     def close(self):
         self.netns.close()
