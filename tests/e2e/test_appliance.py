@@ -9,7 +9,7 @@ import signal
 
 import register_map
 from appliance_root import ApplianceBox
-from harness import BIN_DIR, EMULATOR, SAVED, PeerTest, eventually, main
+from harness import BIN_DIR, BOX, EMULATOR, PORT, SAVED, PeerTest, eventually, main
 
 # Marks written before the start: a register the daemon leaves alone keeps
 # UNTOUCHED; a direction register keeps FOREIGN_OUTPUT (bit 7, no pin of
@@ -66,9 +66,11 @@ class Appliance(PeerTest):
         self.assertEqual(levels, [1 << supply[1], 0, lit, UNTOUCHED, UNTOUCHED])  # the switch is only read
         self.assertEqual(box.register(register_map.mux(*chip_select)[0]), UNTOUCHED)
 
-        reply = self.settle()
-        self.assertEqual(reply, b"[oled]\n" + settings.encode())
-        self.send("cpu=0|oled_string=FROM PEER")
+        self.assertEqual(self.settle(), b"[oled]\n" + settings.encode())
+        # The reply leaves the control port and shows the file before the change.
+        self.send("cpu=0|oled_string=FROM PEER|replyoled")
+        self.tool.settimeout(3.0)
+        self.assertEqual(self.tool.recvfrom(65536), (b"[oled]\n" + settings.encode(), (BOX, PORT)))
         self.settle()
         self.assertEqual(box.read("/data/oled.ini"), settings.replace("OLed_a_cpu=1", "OLed_a_cpu=0")
                          .replace("OLed_a_small_n_buf=" + config["OLed_a_small_n_buf"], "OLed_a_small_n_buf=FROM PEER"))
