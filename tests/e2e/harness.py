@@ -51,26 +51,16 @@ class Netns:
         return ["ip", "netns", "exec", self.name] + list(argv)
 
     def udp_socket(self, address="0.0.0.0", port=0):
-        """A UDP socket that lives in this namespace (made on a helper
-        thread that enters it; the socket keeps the namespace), bound to
-        address:port."""
-        made = {}
-
-        def make():
-            try:
-                _setns("/var/run/netns/" + self.name)
-                sock = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
-                sock.bind((address, port))
-                made["socket"] = sock
-            except OSError as e:
-                made["error"] = e
-
-        helper = threading.Thread(target=make)
-        helper.start()
-        helper.join()
-        if "error" in made:
-            raise made["error"]
-        return made["socket"]
+        """A UDP socket that lives in this namespace (the socket keeps it),
+        bound to address:port."""
+        with self.entered():
+            sock = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+        try:
+            sock.bind((address, port))
+        except OSError:
+            sock.close()
+            raise
+        return sock
 
     @contextlib.contextmanager
     def entered(self):
