@@ -8,6 +8,7 @@ The ARM build runs under a user-mode emulator copied into the root."""
 
 import os
 import pty
+import re
 import shutil
 import struct
 import subprocess
@@ -31,29 +32,14 @@ _ENTER = ('root=$1; shift; mount -t proc proc "$root/proc" && mount -t sysfs sys
           'exec "$ENV" -i PATH=/bin "$UNSHARE" --root="$root" --wd=/home/public "$@"')
 
 
-def _interpreter(program):
-    """The program's ELF interpreter, or None for a static program."""
-    shown = run("readelf", "-l", "-W", program).stdout
-    for line in shown.splitlines():
-        if "Requesting program interpreter:" in line:
-            return line.split(":", 1)[1].strip(" ]")
-    return None
-
-
 def libraries(program, emulator=()):
     """Every file the program loads, as paths of the machine it runs on
-    (the host's, or the emulator's with -L /)."""
-    interpreter = _interpreter(program)
-    if interpreter is None:
+    (the host's, or the emulator's with -L /); none for a static program."""
+    interpreter = re.findall(r"Requesting program interpreter: (\S+)\]", run("readelf", "-l", "-W", program).stdout)
+    if not interpreter:
         return []
-    listed = run(*(list(emulator) + [interpreter, "--list", program])).stdout
-    found = [interpreter]
-    for line in listed.splitlines():
-        if "=>" in line:
-            path = line.split("=>", 1)[1].split("(")[0].strip()
-            if path.startswith("/"):
-                found.append(path)
-    return found
+    listed = run(*(list(emulator) + [interpreter[0], "--list", program])).stdout
+    return interpreter + re.findall(r"=> (/\S+)", listed)
 
 
 class ApplianceBox(SimBox):

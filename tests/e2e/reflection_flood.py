@@ -8,6 +8,7 @@ import socket
 import threading
 import time
 
+from fault_box import Process
 from harness import BOX, PEER, PORT, Netns, link, run
 
 THIRD = "10.0.0.5"
@@ -40,8 +41,8 @@ class ThirdHost:
     def drops(self):
         """Datagrams the kernel dropped for want of room in the socket: the
         count of bytes is whole only when this is 0."""
-        table = run(*self.netns.exec_args(["cat", "/proc/net/udp"])).stdout.splitlines()[1:]
-        return sum(int(line.split()[-1]) for line in table if line.split()[1].endswith(":%04X" % THIRD_PORT))
+        with self.netns.entered():
+            return Process(threading.get_native_id()).socket_queue(THIRD_PORT)[1]
 
     def close(self):
         self.sock.close()
