@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 
 #include <string>
+#include <utility>
 
 #include "line_source.h"
 #include "probe_scene.h"
@@ -10,24 +11,18 @@
 
 namespace {
 
-struct Outcome {
-    std::string output;
-    int status;
-};
-
-// What a reading command gives in one probe input mode.
-Outcome read_all(const char* command, ProbeInput input)
+// What a reading command gives in one probe input mode: output, status.
+std::pair<std::string, int> read_all(const char* command, ProbeInput input)
 {
     set_probe_input(input);
-    Outcome got{"", -1};
+    std::string output;
     LineSource in;
     EXPECT_TRUE(in.open(command)) << command;
     char buffer[64];
     while (in.gets(buffer, sizeof buffer) != nullptr) {
-        got.output += buffer;
+        output += buffer;
     }
-    got.status = in.close();
-    return got;
+    return {output, in.close()};
 }
 
 }  // namespace
@@ -63,26 +58,22 @@ TEST(ProgramLaunch, StatusOutputAndFilesAreTheShells)
     for (const auto& read : kReads) {
         const char* command = read.command;
         const unsigned long programs = programs_started();
-        const Outcome direct = read_all(command, ProbeInput::in_process);
+        const auto direct = read_all(command, ProbeInput::in_process);
         EXPECT_EQ(programs_started() - programs, read.processes) << command;
-        const Outcome shell = read_all(command, ProbeInput::literal_shell);
-        EXPECT_EQ(direct.output, shell.output) << command;
-        EXPECT_EQ(direct.status, shell.status) << command;
+        EXPECT_EQ(direct, read_all(command, ProbeInput::literal_shell)) << command;
     }
-    EXPECT_EQ(read_all("no-such-program-here", ProbeInput::in_process).status, 127 << 8);
+    EXPECT_EQ(read_all("no-such-program-here", ProbeInput::in_process).second, 127 << 8);
 
     for (const char* command : {"./no-hashbang > /tmp/out", "say a b > /tmp/out \n", "fails > /tmp/out",
                                 "no-such-program-here > /tmp/out", "say > /no-such-folder/out"}) {
-        std::string files[2];
-        int status[2];
+        std::pair<int, std::string> got[2];
         for (int literal = 0; literal < 2; ++literal) {
             scene.write("/tmp/out", "old contents\n");
             set_probe_input(literal != 0 ? ProbeInput::literal_shell : ProbeInput::in_process);
-            status[literal] = run_command(command);
-            files[literal] = scene.root().read("/tmp/out");
+            got[literal].first = run_command(command);
+            got[literal].second = scene.root().read("/tmp/out");
         }
-        EXPECT_EQ(status[0], status[1]) << command;
-        EXPECT_EQ(files[0], files[1]) << command;
+        EXPECT_EQ(got[0], got[1]) << command;
     }
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "every program waited for";
     EXPECT_EQ(errno, ECHILD);
