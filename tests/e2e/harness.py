@@ -181,12 +181,9 @@ class SimBox:
         raise AssertionError("no line with %r in output:\n%s" % (text, "\n".join(self.output()[-60:])))
 
     def signal(self, sig=signal.SIGTERM):
-        self.proc.send_signal(sig) if self.netns is None else self._signal_inner(sig)
-
-    def _signal_inner(self, sig):
-        # ip netns exec runs the program in place (exec), so the pid is the
-        # daemon's own; setpriv execs too.
-        os.kill(self.proc.pid, sig)
+        # ip netns exec and setpriv run the program in place (exec): the
+        # pid is the daemon's own.
+        self.proc.send_signal(sig)
 
     def wait(self, timeout=10.0):
         status = self.proc.wait(timeout=timeout)
