@@ -44,10 +44,9 @@ class Appliance(PeerTest):
         box.start()
         box.wait_for(SAVED, timeout=30)
         box.wait_for("oled loop", timeout=30)
-        out = box.output()
-        self.assertEqual(out[:2], ["BRD25", "[ReadConfig]-221: read_config: /data/oled.ini"])
-        self.assertEqual(out[2:40], settings.splitlines())
-        self.assertEqual((len(out[2:40]), out[40]), (38, SAVED))
+        # The board file and settings at the box's own paths; what was read
+        # is the reply below, the listing's form the start-up test's.
+        self.assertEqual(box.output()[:2], ["BRD25", "[ReadConfig]-221: read_config: /data/oled.ini"])
 
         lit = 1 << power[1] if config["kLed_outside_value"] == "1" else 0
         # The LED loop's first pass lights the power LED; the panel's first
