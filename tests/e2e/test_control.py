@@ -10,23 +10,20 @@ OLEDD_REFLECT_RATE sets the datagrams a second of the reflection flood
 
 import os
 
-from fault_box import Process, QuietSimBox
-from harness import SAVED, PeerTest, eventually, main
+from fault_box import FaultTest
+from harness import eventually, main
 from reflection_flood import THIRD, ThirdHost, describe, flood
 
 REFLECT_RATE = int(os.environ.get("OLEDD_REFLECT_RATE", "1000"))
 
 
-class Control(PeerTest):
+class Control(FaultTest):
     def test_a_flood_naming_a_third_host_is_not_amplified(self):
-        sim = self.sim = self.box(kind=QuietSimBox).start()
-        sim.wait_for(SAVED)
-        self.settle()
+        sim, box = self.start_box({}), self.process
         third = ThirdHost(self.netns, self.peer)
         self.addCleanup(third.close)
         attacker = self.peer.udp_socket()
         self.addCleanup(attacker.close)
-        box = Process(sim.proc.pid)
         saves, socket_drops, start = sim.saves, box.socket_queue()[1], len(sim.output())
 
         figures = flood(attacker, self.tool, third, seconds=5.0, rate=REFLECT_RATE)
