@@ -2,9 +2,8 @@
 and the logo page on, stands whole in the panel's RAM (panel.pgm)."""
 
 import os
-import time
 
-from harness import main, run_tool
+from harness import eventually, main, run_tool
 from loop_box import LoopTest
 from panel_view import read_pgm
 
@@ -26,13 +25,13 @@ class LogoOnBox(LoopTest):
         # row, then blanks row by row), so collect the rows seen exactly as
         # made; the sweep before it never fills a whole row.
         seen = set()
-        deadline = time.time() + 60
-        while time.time() < deadline and len(seen) < 64:
-            if os.path.exists(self.sim.out + "/panel.pgm"):
-                rows = read_pgm(self.sim.out + "/panel.pgm")[2]
-                seen |= {r for r in range(64) if rows[r] == expected[r]}
-            time.sleep(0.01)
-        self.assertEqual(sorted(set(range(64)) - seen), [], "rows never shown as made")
+
+        def whole():
+            rows = read_pgm(self.sim.out + "/panel.pgm")[2]
+            seen.update(r for r in range(64) if rows[r] == expected[r])
+            return len(seen) == 64
+
+        eventually(whole, 60, lambda: "rows %r shown as made" % sorted(set(range(64)) - seen), every=0.01)
         self.assertIn("open file  ok ===", "\n".join(self.sim.output()))
 
 
