@@ -282,13 +282,11 @@ class PeerTest(E2ETest):
 def wait_until_carrying(netns, ifname, timeout=5.0):
     """The kernel switches a new link from its dropping "noop" queue to a
     real one up to a second after carrier; datagrams sent before are lost."""
-    deadline = time.time() + timeout
-    while time.time() < deadline:
+    def carrying():
         shown = netns.ip("link", "show", ifname).stdout
-        if "state UP" in shown and "qdisc noop" not in shown:
-            return
-        time.sleep(0.05)
-    raise AssertionError("link %s in %s never came up" % (ifname, netns.name))
+        return "state UP" in shown and "qdisc noop" not in shown
+
+    eventually(carrying, timeout, "link %s in %s up" % (ifname, netns.name))
 
 
 def eventually(check, timeout, what, every=0.05):
