@@ -8,7 +8,6 @@ counts in the figure; the host build (--host) runs beside it.
 Needs root (namespaces). Prints one line per build:
   PATH  rss-kB"""
 
-import argparse
 import os
 import sys
 import time
@@ -16,7 +15,7 @@ import time
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(HERE, "..", "tests", "e2e"))
 from appliance_root import ApplianceBox  # noqa: E402
-from bench_netns import BoxLink, rss_kb  # noqa: E402
+from bench_netns import BoxLink, argument_parser, parse_as_root, rss_kb  # noqa: E402
 
 ARM_EMULATOR = ["qemu-arm-static", "-L", "/"]
 
@@ -40,13 +39,11 @@ class Run:
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser = argument_parser(__doc__)
     parser.add_argument("--arm", help="the ARM oledd, run under qemu-arm-static")
     parser.add_argument("--host", help="a host oledd")
     parser.add_argument("--seconds", type=float, default=60.0, help="running time before the reading (default 60)")
-    args = parser.parse_args()
-    if os.geteuid() != 0:
-        sys.exit("appliance_minute.py: needs root for the namespaces")
+    args = parse_as_root(parser, "appliance_minute.py")
     runs = []
     try:
         if args.arm:

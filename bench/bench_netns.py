@@ -2,6 +2,7 @@
 eth0 is one end of a veth pair, its peer in a second namespace, and the
 daemon's resident memory."""
 
+import argparse
 import os
 import sys
 
@@ -32,3 +33,15 @@ def rss_kb(pid):
             if line.startswith("VmRSS:"):
                 return int(line.split()[1])
     return 0
+
+
+def parse_as_root(parser, program):
+    """The arguments, once it is sure the namespaces can be made."""
+    args = parser.parse_args()
+    if os.geteuid() != 0:
+        sys.exit("%s: needs root for the namespaces" % program)
+    return args
+
+
+def argument_parser(doc):
+    return argparse.ArgumentParser(description=doc, formatter_class=argparse.RawDescriptionHelpFormatter)

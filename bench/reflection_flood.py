@@ -8,12 +8,12 @@ divided by the bytes sent. Needs root (namespaces); nothing leaves them.
 Prints one line per build:
   PATH  factor  bytes-sent  bytes-at-third  polls-answered/polls"""
 
-import argparse
 import os
 import sys
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(HERE, "..", "tests", "e2e"))
+from bench_netns import argument_parser, parse_as_root  # noqa: E402
 from harness import BOX, PEER, SAVED, Netns, SimBox, link  # noqa: E402
 from reflection_flood import ThirdHost, ask, flood  # noqa: E402
 
@@ -44,13 +44,11 @@ def measure(sim, seconds, rate):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser = argument_parser(__doc__)
     parser.add_argument("--sim", action="append", required=True, help="an oledd-sim to run (repeatable)")
     parser.add_argument("--seconds", type=float, default=5.0, help="length of the flood (default 5)")
     parser.add_argument("--rate", type=int, default=1000, help="datagrams a second (default 1000)")
-    args = parser.parse_args()
-    if os.geteuid() != 0:
-        sys.exit("reflection_flood.py: needs root for the namespaces")
+    args = parse_as_root(parser, "reflection_flood.py")
     for sim in args.sim:
         f = measure(sim, args.seconds, args.rate)
         print("%s %.2f %d %d %d/%d" % (sim, f["third_bytes"] / f["sent_bytes"], f["sent_bytes"], f["third_bytes"],

@@ -9,7 +9,6 @@ end. Several builds (--sim PATH, repeated) run side by side.
 Needs root (namespaces). Prints one line per build:
   PATH  processes/min  cpu-s/min  rss-kB"""
 
-import argparse
 import os
 import shutil
 import subprocess
@@ -19,7 +18,7 @@ import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(HERE, "..", "tests", "e2e"))
-from bench_netns import BoxLink, rss_kb  # noqa: E402
+from bench_netns import BoxLink, argument_parser, parse_as_root, rss_kb  # noqa: E402
 from harness import run  # noqa: E402
 
 FIXTURE = os.path.join(HERE, "..", "tests", "fixtures", "good")
@@ -97,13 +96,11 @@ class Run:
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser = argument_parser(__doc__)
     parser.add_argument("--sim", action="append", required=True, help="an oledd-sim to run (repeatable)")
     parser.add_argument("--seconds", type=float, default=60.0, help="measured time (default 60)")
     parser.add_argument("--warm-up", type=float, default=3.0, help="unmeasured start (default 3)")
-    args = parser.parse_args()
-    if os.geteuid() != 0:
-        sys.exit("sim_minute.py: needs root for the namespaces")
+    args = parse_as_root(parser, "sim_minute.py")
     runs = []
     try:
         for sim in args.sim:

@@ -148,8 +148,9 @@ int spawn(const std::string& program, const ProgramCommand& command, int out, pi
     }
     error = posix_spawnattr_init(&attributes);
     if (error == 0) {
-        // The loop threads block the termination signals; a tool must not
-        // inherit that and become unkillable.
+        // A child starts with the mask of the thread that spawned it; a
+        // tool must not inherit a blocked termination signal and become
+        // unkillable.
         sigset_t none;
         sigemptyset(&none);
         posix_spawnattr_setsigmask(&attributes, &none);
