@@ -12,6 +12,7 @@ HOST_PKGS=(
   g++-arm-linux-gnueabihf qemu-user
   libcpp-httplib-dev nlohmann-json3-dev
   chromium chromium-driver python3-selenium
+  prometheus python3-yaml
   qemu-user-static
 )
 ARM_PKGS=(libcjson-dev:armhf)

@@ -51,8 +51,10 @@ class OperatorSegment(E2ETest):
         self.segment.attach(ns, "eth0", addr + "/24")
         return ns
 
-    def serving_box(self, addr, files=None):
-        box = self.box(netns=self.station(addr), files=files)
+    def serving_box(self, addr, files=None, netns=None):
+        """A started box answering at addr, on this segment unless it is
+        given the namespace to run in."""
+        box = self.box(netns=netns or self.station(addr), files=files)
         box.start()
         box.wait_for("save config succeed")
         eventually(lambda: self.oledctl("get", "--box", addr, "--timeout", "0.3").returncode == 0, 15,

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "protocol.h"
+#include "subnets.h"
 
 namespace {
 
@@ -44,7 +45,7 @@ std::string parse_cli(int argc, char** argv, CliOptions& options) {
         } else if (word == "--json") {
             options.json = true;
         } else if (word == "--box" || word == "--iface" || word == "--port" || word == "--timeout" ||
-                   word == "--raw" || word == "--listen") {
+                   word == "--raw" || word == "--listen" || word == "--subnet" || word == "--token-file") {
             if (!value_of(value)) return word + " needs a value";
             if (word == "--box") {
                 if (!protocol::is_ipv4(value)) return "bad address '" + value + "': expected dotted IPv4";
@@ -53,6 +54,13 @@ std::string parse_cli(int argc, char** argv, CliOptions& options) {
                 options.iface = value;
             } else if (word == "--listen") {
                 options.listen = value;
+            } else if (word == "--token-file") {
+                options.token_file = value;
+            } else if (word == "--subnet") {
+                if (options.subnet_given) return "--subnet given twice: list the subnets in one, joined by commas";
+                const std::string error = subnets::parse(value, options.subnet_addresses);
+                if (!error.empty()) return error;
+                options.subnet_given = true;
             } else if (word == "--port") {
                 if (!read_port(value, options.port)) return "bad port '" + value + "': expected 1..65535";
             } else if (word == "--timeout") {

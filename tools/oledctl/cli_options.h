@@ -1,6 +1,7 @@
 #ifndef OLEDCTL_CLI_OPTIONS_H
 #define OLEDCTL_CLI_OPTIONS_H
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,9 @@ struct CliOptions {
     bool raw_given = false;
     std::string raw;
     std::string listen;  // serve: ADDRESS[:PORT] of the fleet page
+    std::string token_file;  // serve: the session token comes from it
+    std::vector<std::uint32_t> subnet_addresses;  // discover, serve: asked one by one
+    bool subnet_given = false;
     bool help = false;
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "metrics.h"
 #include "settings_view.h"
 #include "udp_client.h"
 
@@ -109,26 +110,28 @@ Reply Api::keys() const {
     return answer(kOk, Json{{"keys", keys}, {"panels", panels}});
 }
 
-Reply Api::list() {
-    UdpClient client;
-    std::string error = client.open(network_.iface);
-    if (error.empty()) error = client.send(protocol::kGroup, network_.port, protocol::build_query());
+std::string Api::round() {
     std::vector<std::string> answered;
-    if (error.empty()) {
-        error = client.collect(deadline_after(network_.timeout), [&](const std::string& source,
-                                                                     const std::string& payload) {
-            protocol::Settings settings;
-            if (!protocol::parse_reply(payload, settings)) return false;
-            roster_.answered(source, settings, std::time(nullptr));
-            answered.push_back(source);
-            return false;  // everyone may answer until the deadline
-        });
-    }
+    const std::string error = discover(network_, [&](const std::string& address, const protocol::Settings& settings) {
+        roster_.answered(address, settings, std::time(nullptr));
+        answered.push_back(address);
+    });
+    if (error.empty()) roster_.silent_except(answered);
+    return error;
+}
+
+Reply Api::list() {
+    const std::string error = round();
     if (!error.empty()) return refusal(kNetworkFailure, error);
-    roster_.silent_except(answered);
     Json boxes = Json::array();
     for (const BoxState& box : roster_.boxes()) boxes.push_back(box_json(box));
     return answer(kOk, Json{{"boxes", boxes}});
+}
+
+Reply Api::scrape() {
+    const std::string error = round();
+    if (!error.empty()) return {kNetworkFailure, error + "\n"};
+    return {kOk, metrics::exposition(roster_.boxes())};
 }
 
 Reply Api::read(const std::string& address) {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "discovery.h"
 #include "fleet_roster.h"
 
 // The JSON API behind the fleet page, free of HTTP: each call takes the
@@ -13,18 +14,11 @@ namespace fleet {
 
 struct Reply {
     int status;
-    std::string body;  // JSON
+    std::string body;  // JSON, but for the metrics
 };
 
 // {"error": reason}
 Reply refusal(int status, const std::string& reason);
-
-// Where and how long to ask the boxes.
-struct Network {
-    unsigned short port;
-    std::string iface;  // group sends leave through it; empty: the route's
-    double timeout;     // seconds
-};
 
 // {"boxes": [ADDRESS...], "items": ["KEY=VALUE"...]}. Empty result: fine,
 // else the one-line reason, the same `oledctl set` gives for an item.
@@ -37,12 +31,15 @@ public:
     explicit Api(Network network) : network_(std::move(network)) {}
 
     Reply keys() const;                       // the settable keys and panel names
-    Reply list();                             // asks every box through the group
+    Reply list();                             // a discovery round
+    Reply scrape();                           // a discovery round as metrics
     Reply read(const std::string& address);   // asks one box
     Reply change(const std::string& body);    // sends items, reads the boxes back
     Reply led_test(const std::string& body);  // the same with test=1 or test=0
 
 private:
+    // Empty result: fine, else a network failure.
+    std::string round();
     Reply send_and_read(const std::vector<std::string>& boxes, const std::vector<std::string>& items);
     // Sends each box the datagram (unless empty), then the query, on one
     // socket: a box handles them in order, so its answer shows the change.

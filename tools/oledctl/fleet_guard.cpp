@@ -5,6 +5,8 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <sstream>
 
 #include "protocol.h"
 
@@ -32,6 +34,23 @@ std::string new_token() {
         token += digits;
     }
     return token;
+}
+
+std::string read_token_file(const std::string& path, std::string& token) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream content;
+    if (!file || !(content << file.rdbuf())) return "cannot read the token file " + path;
+    const std::string text = content.str();
+    const char* const blank = " \t\r\n";
+    const std::size_t first = text.find_first_not_of(blank);
+    const std::string trimmed =
+        first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(blank) + 1 - first);
+    // Short tokens can be guessed; spaces and control bytes cannot travel in a header.
+    bool printable = trimmed.size() >= 16 && trimmed.size() <= 256;
+    for (char c : trimmed) printable = printable && c > ' ' && c <= '~';
+    if (!printable) return "token file " + path + ": the token must be 16 to 256 printable characters without spaces";
+    token = trimmed;
+    return "";
 }
 
 bool same_token(const std::string& given, const std::string& token) {

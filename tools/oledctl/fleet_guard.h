@@ -15,6 +15,11 @@ constexpr const char* kTokenHeader = "X-Fleet-Token";
 // could not be read.
 std::string new_token();
 
+// The token an operator keeps in a file, as Prometheus reads its
+// credentials file: surrounding white space dropped. Empty result: fine,
+// else a one-line reason.
+std::string read_token_file(const std::string& path, std::string& token);
+
 // Takes as long for a guess that is right up to its last digit as for
 // one wrong from the first, so timing tells nothing about the token.
 bool same_token(const std::string& given, const std::string& token);

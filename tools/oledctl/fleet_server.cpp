@@ -14,6 +14,7 @@
 #include "fleet_api.h"
 #include "fleet_guard.h"
 #include "fleet_page.h"
+#include "metrics.h"
 
 namespace fleet {
 namespace {
@@ -42,6 +43,15 @@ httplib::Server::HandlerResponse guard(const httplib::Request& request, httplib:
     std::string reason;
     if (!host_allowed(host)) {
         reason = "unexpected Host header: open the page by the address oledctl serve printed";
+    } else if (request.path == "/metrics") {
+        if (!same_token(request.get_header_value("Authorization"), "Bearer " + token)) {
+            // Nothing about the boxes for a scrape without the token.
+            response.status = 401;
+            response.set_header("WWW-Authenticate", "Bearer");
+            response.set_content("the session token is missing or wrong: send 'Authorization: Bearer TOKEN'\n",
+                                 "text/plain; charset=utf-8");
+            return httplib::Server::HandlerResponse::Handled;
+        }
     } else if (request.path.compare(0, 5, "/api/") == 0) {
         if (!same_token(request.get_header_value(kTokenHeader), token)) {
             reason = std::string("the session token is missing or wrong: send it in the ") + kTokenHeader + " header";
@@ -63,6 +73,11 @@ void add_routes(httplib::Server& server, Api& api) {
     });
     server.Get("/fleet.js", [](const httplib::Request&, httplib::Response& response) {
         response.set_content(kPageScript, "text/javascript; charset=utf-8");
+    });
+    server.Get("/metrics", [&api](const httplib::Request&, httplib::Response& response) {
+        const Reply reply = api.scrape();
+        response.status = reply.status;
+        response.set_content(reply.body, reply.status == 200 ? metrics::kContentType : "text/plain; charset=utf-8");
     });
     server.Get("/api/keys", [&api](const httplib::Request&, httplib::Response& response) { send(response, api.keys()); });
     server.Get("/api/boxes", [&api](const httplib::Request&, httplib::Response& response) { send(response, api.list()); });
@@ -94,8 +109,14 @@ int serve(const CliOptions& options) {
     int port = 0;
     const std::string error = parse_listen(options.listen.empty() ? kDefaultListen : options.listen, address, port);
     if (!error.empty()) return fail(kBadInput, error);
-    const std::string token = new_token();
-    if (token.empty()) return fail(kFailed, std::string("no random bytes for the session token: ") + std::strerror(errno));
+    std::string token;
+    if (!options.token_file.empty()) {
+        const std::string unusable = read_token_file(options.token_file, token);
+        if (!unusable.empty()) return fail(kBadInput, unusable);
+    } else {
+        token = new_token();
+        if (token.empty()) return fail(kFailed, std::string("no random bytes for the session token: ") + std::strerror(errno));
+    }
 
     // Only this thread takes the stop signals; the server's threads,
     // started after this, inherit the mask.
@@ -104,7 +125,7 @@ int serve(const CliOptions& options) {
     for (int number : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, number);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
-    Api api(Network{options.port, options.iface, options.timeout});
+    Api api(Network{options.port, options.iface, options.timeout, options.subnet_addresses});
     httplib::Server server;
     server.set_default_headers({{"Cache-Control", "no-store"},
                                 {"X-Content-Type-Options", "nosniff"},
@@ -130,7 +151,13 @@ int serve(const CliOptions& options) {
                      address.c_str());
     }
     const std::string shown = address == "0.0.0.0" ? "127.0.0.1" : address;
-    std::printf("fleet page: http://%s:%d/?token=%s\n(Ctrl-C ends it)\n", shown.c_str(), port, token.c_str());
+    if (options.token_file.empty()) {
+        std::printf("fleet page: http://%s:%d/?token=%s\n(Ctrl-C ends it)\n", shown.c_str(), port, token.c_str());
+    } else {
+        // The token stays in its file, out of logs that keep this output.
+        std::printf("fleet page: http://%s:%d/?token=TOKEN (the token in %s)\n(Ctrl-C ends it)\n", shown.c_str(),
+                    port, options.token_file.c_str());
+    }
     std::fflush(stdout);
 
     std::atomic<bool> serving{true};

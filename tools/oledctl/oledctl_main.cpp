@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cli_options.h"
+#include "discovery.h"
 #include "fleet_server.h"
 #include "protocol.h"
 #include "settings_view.h"
@@ -24,6 +25,13 @@ const char* const kCommonHelp =
     "  --timeout S      seconds to wait for answers (default 2)\n"
     "  --help           this text\n"
     "Exit status: 0 done, 1 no answer or network failure, 2 bad input.\n";
+
+const char* const kSubnetHelp =
+    "  --subnet CIDR[,CIDR...]  also ask every address of these routed subnets by\n"
+    "                   unicast, about 1000 addresses a second, at most 4096 in\n"
+    "                   all; the wait begins after the last question. Network and\n"
+    "                   broadcast addresses are skipped below /31; a subnet with\n"
+    "                   host bits set (10.0.1.5/24) is refused, not rounded.\n";
 
 void usage(const std::string& verb) {
     if (verb == "set") {
@@ -52,18 +60,24 @@ void usage(const std::string& verb) {
             "object of its key/value pairs.\n");
     } else if (verb == "discover") {
         std::printf(
-            "usage: oledctl discover [--json] [options]\n"
+            "usage: oledctl discover [--subnet CIDR[,CIDR...]] [--json] [options]\n"
             "Asks every box on the segment through the group %s and lists those\n"
             "that answer before the timeout, one line each, by address: panel type,\n"
-            "page hold time, shown pages, LED switches.\n",
-            protocol::kGroup);
+            "page hold time, shown pages, LED switches.\n%s",
+            protocol::kGroup, kSubnetHelp);
     } else if (verb == "serve") {
         std::printf(
-            "usage: oledctl serve [--listen ADDRESS[:PORT]] [options]\n"
+            "usage: oledctl serve [--listen ADDRESS[:PORT]] [--subnet CIDR[,CIDR...]] [--token-file FILE] [options]\n"
             "Serves the fleet page, a table of every box on the segment to see and\n"
-            "change in a browser, and its JSON API, until Ctrl-C. Listens on\n"
+            "change in a browser, its JSON API and, at /metrics, the boxes for\n"
+            "Prometheus (one discovery round per scrape), until Ctrl-C. Listens on\n"
             "127.0.0.1:16180 unless told otherwise; prints the page's address with\n"
-            "its session token, which every API request must carry.\n");
+            "its session token, which every API request must carry (/metrics as\n"
+            "'Authorization: Bearer TOKEN').\n"
+            "  --token-file FILE  the session token is FILE's content (16 to 256\n"
+            "                   printable characters, no spaces), so that a scrape\n"
+            "                   config can name the same file\n%s",
+            kSubnetHelp);
     } else if (verb == "led-test") {
         std::printf(
             "usage: oledctl led-test on|off (--box ADDR [--via-group] | --all) [options]\n"
@@ -176,14 +190,10 @@ int run_get(const CliOptions& options) {
 int run_discover(const CliOptions& options) {
     if (!options.box.empty() || options.all || options.via_group) return fail(kBadInput, "discover asks every box");
     if (!options.arguments.empty()) return fail(kBadInput, "discover takes no arguments");
-    UdpClient client;
-    std::string error = send_datagram(client, options, true, protocol::build_query());
-    if (!error.empty()) return fail(kNoAnswer, error);
     std::vector<settings_view::Box> answers;
-    error = client.collect(deadline_after(options.timeout), [&](const std::string& source, const std::string& payload) {
-        settings_view::Box box{source, {}};
-        if (protocol::parse_reply(payload, box.settings)) answers.push_back(std::move(box));
-        return false;  // everyone may answer until the deadline
+    const fleet::Network network{options.port, options.iface, options.timeout, options.subnet_addresses};
+    const std::string error = fleet::discover(network, [&](const std::string& address, const protocol::Settings& settings) {
+        answers.push_back({address, settings});
     });
     if (!error.empty()) return fail(kNoAnswer, error);
     const std::vector<settings_view::Box> boxes = settings_view::sorted_unique(std::move(answers));
@@ -206,13 +216,17 @@ int main(int argc, char** argv) {
         return kFine;
     }
     if (!error.empty()) return fail(kBadInput, error);
+    if (options.subnet_given && options.verb != "discover" && options.verb != "serve") {
+        return fail(kBadInput, "--subnet is for discover and serve");
+    }
+    if (!options.token_file.empty() && options.verb != "serve") return fail(kBadInput, "--token-file is for serve");
     if (options.verb == "set") return run_set(options);
     if (options.verb == "get") return run_get(options);
     if (options.verb == "discover") return run_discover(options);
     if (options.verb == "led-test") return run_led_test(options);
     if (options.verb == "serve") {
         if (!options.box.empty() || options.all || options.via_group || !options.arguments.empty()) {
-            return fail(kBadInput, "serve takes only --listen, --iface, --port and --timeout");
+            return fail(kBadInput, "serve takes only --listen, --subnet, --token-file, --iface, --port and --timeout");
         }
         return fleet::serve(options);
     }

@@ -34,12 +34,18 @@ const std::string* find(const protocol::Settings& settings, const std::string& k
     return nullptr;
 }
 
-// A number as the box reads it: a leading decimal number, -1 for text
-// that does not start with one.
-long box_number(const std::string& text) {
+// A number as the box reads it: a leading decimal number; false for text
+// that does not start with one (the box reads -1 then).
+bool leading_number(const std::string& text, long& value) {
     const std::size_t digit = !text.empty() && text[0] == '-' ? 1 : 0;
-    if (digit >= text.size() || text[digit] < '0' || text[digit] > '9') return -1;
-    return std::strtol(text.c_str(), nullptr, 10);
+    if (digit >= text.size() || text[digit] < '0' || text[digit] > '9') return false;
+    value = std::strtol(text.c_str(), nullptr, 10);
+    return true;
+}
+
+long box_number(const std::string& text) {
+    long value = -1;
+    return leading_number(text, value) ? value : -1;
 }
 
 // The box takes a flag as on when its number is not zero.
@@ -64,6 +70,21 @@ std::string panel_name(const std::string& type) {
     return "type-" + type;
 }
 
+const std::vector<Page>& pages() {
+    static const std::vector<Page> table = {
+        {"cpu", "OLed_a_cpu"},   {"vi", "OLed_a_vi"},     {"ai", "OLed_a_ai"}, {"net", "OLed_a_net"},
+        {"venc", "OLed_a_venc"}, {"temp", "OLed_a_temp"}, {"time", "OLed_a_start"},
+        {"io", "OLed_a_io"},     {"logo", "OLed_a_logo"}, {"text", "OLed_a_small_n_start"},
+    };
+    return table;
+}
+
+bool number(const protocol::Settings& settings, const std::string& key, long& value) {
+    const std::string* text = find(settings, key);
+    if (text == nullptr) return false;
+    return leading_number(*text, value);
+}
+
 std::string to_json(const protocol::Settings& settings) {
     std::string out = "{";
     for (std::size_t i = 0; i < settings.size(); ++i) {
@@ -74,16 +95,11 @@ std::string to_json(const protocol::Settings& settings) {
 }
 
 std::string summary(const std::string& address, const protocol::Settings& settings) {
-    static const std::pair<const char*, const char*> pages[] = {
-        {"cpu", "OLed_a_cpu"},   {"vi", "OLed_a_vi"},     {"ai", "OLed_a_ai"}, {"net", "OLed_a_net"},
-        {"venc", "OLed_a_venc"}, {"temp", "OLed_a_temp"}, {"time", "OLed_a_start"},
-        {"io", "OLed_a_io"},     {"logo", "OLed_a_logo"}, {"text", "OLed_a_small_n_start"},
-    };
     std::string shown;
-    for (const auto& page : pages) {
-        if (!flag(settings, page.second)) continue;
+    for (const Page& page : pages()) {
+        if (!flag(settings, page.setting)) continue;
         if (!shown.empty()) shown += ',';
-        shown += page.first;
+        shown += page.name;
     }
     std::string leds;
     if (flag(settings, "OLed_a_led_start")) leds = "outside";

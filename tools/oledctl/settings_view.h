@@ -19,6 +19,17 @@ std::string summary(const std::string& address, const protocol::Settings& settin
 // The panel kind's name for an OLed_a_kind_start value ("big", ...).
 std::string panel_name(const std::string& type);
 
+// The pages a panel can show, by name, with the setting that switches each.
+struct Page {
+    const char* name;
+    const char* setting;
+};
+const std::vector<Page>& pages();
+
+// The number the box reads from a setting; false when the setting is
+// missing or does not start with one.
+bool number(const protocol::Settings& settings, const std::string& key, long& value);
+
 struct Box {
     std::string address;
     protocol::Settings settings;

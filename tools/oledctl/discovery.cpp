@@ -1,0 +1,46 @@
+#include "discovery.h"
+
+#include <chrono>
+#include <unordered_set>
+
+#include "subnets.h"
+#include "udp_client.h"
+
+namespace fleet {
+namespace {
+
+// About a /22 a second: past the kernel's and a router's queues without
+// loss, and a box gets one question a round, far below its reply limit.
+constexpr std::size_t kBatch = 16;
+constexpr auto kBatchPause = std::chrono::microseconds(kBatch * 1000000 / 1024);
+
+}  // namespace
+
+std::string discover(const Network& network, const Answer& on_answer) {
+    UdpClient client;
+    std::string error = client.open(network.iface);
+    if (error.empty()) error = client.send(protocol::kGroup, network.port, protocol::build_query());
+    if (!error.empty()) return error;
+    std::unordered_set<std::string> answered;
+    const UdpClient::Handler take = [&](const std::string& source, const std::string& payload) {
+        protocol::Settings settings;
+        if (protocol::parse_reply(payload, settings) && answered.insert(source).second) on_answer(source, settings);
+        return false;  // everyone may answer until the deadline
+    };
+    auto next_batch = std::chrono::steady_clock::now();
+    const std::vector<std::uint32_t>& addresses = network.subnet_addresses;
+    for (std::size_t i = 0; i < addresses.size(); i += kBatch) {
+        for (std::size_t j = i; j < addresses.size() && j < i + kBatch; ++j) {
+            const std::string address = subnets::dotted(addresses[j]);
+            // An address nobody holds, or one a router cannot reach, is a
+            // box that does not answer, not a failed round.
+            if (answered.count(address) == 0) client.send(address, network.port, protocol::build_query());
+        }
+        next_batch += kBatchPause;
+        error = client.collect(next_batch, take);
+        if (!error.empty()) return error;
+    }
+    return client.collect(deadline_after(network.timeout), take);
+}
+
+}  // namespace fleet
