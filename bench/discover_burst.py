@@ -4,6 +4,7 @@ query at once; the operator's PC sits on the same bridged segment. Needs
 root (network namespaces); nothing leaves them.
 
     sudo python3 bench/discover_burst.py [N ...]     (default 50 200 500 1000)
+    sudo python3 bench/discover_burst.py --sweep     how long --subnet takes for a /22 and a /20
 """
 
 import os
@@ -11,7 +12,7 @@ import sys
 import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests", "e2e"))
-from harness import Netns, needs_root, run_tool  # noqa: E402
+from harness import Netns, link, needs_root, run_tool  # noqa: E402
 from segment import Segment  # noqa: E402
 
 RESPONDER = r"""
@@ -65,7 +66,25 @@ def measure(count):
         segment.close()
 
 
+def sweep():
+    """Every address of a subnet on the operator's own link, none holding a
+    box: the pace of the questions, with the kernel seeking each address."""
+    operator, peer = Netns("op"), Netns("peer")
+    try:
+        link(operator, "eth0", "10.9.0.1/16", peer, "eth0", [])
+        for subnet in ("10.9.4.0/22", "10.9.16.0/20"):
+            began = time.time()
+            run_tool(operator, "oledctl", "discover", "--subnet", subnet, "--timeout", "0.1")
+            print("discover --subnet %s --timeout 0.1: %.2f s" % (subnet, time.time() - began))
+    finally:
+        operator.close()
+        peer.close()
+
+
 if __name__ == "__main__":
     needs_root()
+    if sys.argv[1:] == ["--sweep"]:
+        sweep()
+        sys.exit(0)
     for n in [int(a) for a in sys.argv[1:]] or [50, 200, 500, 1000]:
         measure(n)

@@ -77,7 +77,7 @@ class RoutedSubnets(OperatorSegment):
         boxes.update({addr: self.remote_box(addr) for addr in ("10.1.0.5", "10.1.0.6")})
         work = tempfile.mkdtemp(prefix="oledt-prometheus-")
         self.addCleanup(shutil.rmtree, work, ignore_errors=True)
-        config = self.test_config(work)
+        config = self.scrape_config(work)
         for check in (("config", config), ("rules", os.path.join(DOCS, "oled-alerts.yml"))):
             checked = run("promtool", "check", *check, check=False)
             self.assertEqual(checked.returncode, 0, checked.stdout + checked.stderr)
@@ -104,7 +104,7 @@ class RoutedSubnets(OperatorSegment):
         self.assertEqual([r["value"][1] for r in self.query('up{job="oled-no-token"}')], ["0"])
         self.assertEqual(self.query('{job="oled-no-token", __name__=~"oled_.+"}'), [])
 
-    def test_config(self, work):
+    def scrape_config(self, work):
         """The README's files, scraping every 2 s, with this test's token,
         and a second job that has no token."""
         with open(README) as f:

@@ -34,9 +34,15 @@ std::string UdpClient::open(const std::string& group_iface) {
     if (fd_ < 0) return system_error("socket");
     int size = kSocketBuffer;
     // Past the system's cap when allowed (root), else as much as the cap
-    // grants; a smaller buffer still works for a few dozen boxes.
+    // grants; a smaller buffer still works for a few dozen boxes. Questions
+    // to a subnet of the operator's own segment wait in the send buffer
+    // while the kernel seeks each address (seconds for an empty one), and
+    // a full buffer would stall the sweep.
     if (::setsockopt(fd_, SOL_SOCKET, SO_RCVBUFFORCE, &size, sizeof size) != 0) {
         ::setsockopt(fd_, SOL_SOCKET, SO_RCVBUF, &size, sizeof size);
+    }
+    if (::setsockopt(fd_, SOL_SOCKET, SO_SNDBUFFORCE, &size, sizeof size) != 0) {
+        ::setsockopt(fd_, SOL_SOCKET, SO_SNDBUF, &size, sizeof size);
     }
     unsigned char ttl = 1;  // the group is meant for the local segment only
     ::setsockopt(fd_, IPPROTO_IP, IP_MULTICAST_TTL, &ttl, sizeof ttl);
