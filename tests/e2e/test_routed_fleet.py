@@ -53,7 +53,10 @@ class RoutedSubnets(OperatorSegment):
     def test_discovery_reaches_listed_subnets_asking_each_box_once(self):
         boxes = {addr: self.serving_box(addr, files=LIGHT) for addr in ("10.0.0.5", "10.0.0.6")}
         boxes.update({addr: self.remote_box(addr) for addr in ("10.1.0.5", "10.1.0.6")})
-        printed = {addr: settings_printed(box) for addr, box in boxes.items()}
+        def printed():
+            return {addr: settings_printed(box) for addr, box in boxes.items()}
+
+        before = printed()
         for subnet in ("10.0.0.0/33", "10.0.0.0/8", "box7/24"):
             refused = self.oledctl("discover", "--subnet", subnet)
             self.assertEqual((refused.returncode, refused.stdout), (2, ""), subnet)
@@ -67,10 +70,8 @@ class RoutedSubnets(OperatorSegment):
         self.assertEqual(listed(), ["10.0.0.5", "10.0.0.6"])
         self.assertEqual(listed("--subnet", REMOTE_SUBNET), ["10.0.0.5", "10.0.0.6", "10.1.0.5", "10.1.0.6"])
         # The refused ones sent nothing; the group stayed on its segment.
-        expected = {addr: printed[addr] + (2 if addr.startswith("10.0.") else 1) for addr in boxes}
-        eventually(lambda: {addr: settings_printed(box) for addr, box in boxes.items()} == expected, 2,
-                   lambda: "settings printed %r, expected %r" % (
-                       {addr: settings_printed(box) for addr, box in boxes.items()}, expected))
+        expected = {addr: before[addr] + (2 if addr.startswith("10.0.") else 1) for addr in boxes}
+        eventually(lambda: printed() == expected, 2, lambda: "settings printed %r, expected %r" % (printed(), expected))
 
     def test_prometheus_scrapes_the_boxes_and_the_rule_finds_a_silent_one(self):
         boxes = {"10.0.0.5": self.serving_box("10.0.0.5", files=LIGHT)}
