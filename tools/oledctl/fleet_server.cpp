@@ -40,18 +40,21 @@ void send(httplib::Response& response, const Reply& reply) {
 httplib::Server::HandlerResponse guard(const httplib::Request& request, httplib::Response& response,
                                        const std::string& token) {
     const std::string host = request.get_header_value("Host");
+    // A scrape names the server as its config does, a host name too; a
+    // page that rebinds a name to us cannot send the token it lacks.
+    if (request.path == "/metrics") {
+        if (same_token(request.get_header_value("Authorization"), "Bearer " + token)) {
+            return httplib::Server::HandlerResponse::Unhandled;
+        }
+        response.status = 401;
+        response.set_header("WWW-Authenticate", "Bearer");
+        response.set_content("the session token is missing or wrong: send 'Authorization: Bearer TOKEN'\n",
+                             "text/plain; charset=utf-8");
+        return httplib::Server::HandlerResponse::Handled;
+    }
     std::string reason;
     if (!host_allowed(host)) {
         reason = "unexpected Host header: open the page by the address oledctl serve printed";
-    } else if (request.path == "/metrics") {
-        if (!same_token(request.get_header_value("Authorization"), "Bearer " + token)) {
-            // Nothing about the boxes for a scrape without the token.
-            response.status = 401;
-            response.set_header("WWW-Authenticate", "Bearer");
-            response.set_content("the session token is missing or wrong: send 'Authorization: Bearer TOKEN'\n",
-                                 "text/plain; charset=utf-8");
-            return httplib::Server::HandlerResponse::Handled;
-        }
     } else if (request.path.compare(0, 5, "/api/") == 0) {
         if (!same_token(request.get_header_value(kTokenHeader), token)) {
             reason = std::string("the session token is missing or wrong: send it in the ") + kTokenHeader + " header";
