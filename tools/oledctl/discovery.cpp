@@ -19,8 +19,10 @@ constexpr auto kBatchPause = std::chrono::microseconds(kBatch * 1000000 / 1024);
 std::string discover(const Network& network, const Answer& on_answer) {
     UdpClient client;
     std::string error = client.open(network.iface);
-    if (error.empty()) error = client.send(protocol::kGroup, network.port, protocol::build_query());
     if (!error.empty()) return error;
+    error = client.send(protocol::kGroup, network.port, protocol::build_query());
+    // A PC without a route for the group can still reach routed subnets.
+    if (!error.empty() && network.subnet_addresses.empty()) return error;
     std::unordered_set<std::string> answered;
     const UdpClient::Handler take = [&](const std::string& source, const std::string& payload) {
         protocol::Settings settings;
