@@ -3,10 +3,12 @@
 # vendor SDK's, whose libraries live in its sysroot.
 #   -DOLEDD_CROSS_PREFIX=arm-hisiv500-linux-  the compiler's prefix, up to gcc/g++
 #   -DOLEDD_SYSROOT=DIR                       the SDK's sysroot (none: Debian's multiarch folders)
+#   -DOLEDD_CROSS_FLAGS="-mcpu=arm926ej-s -mfloat-abi=soft"  for a compiler whose defaults are not the box's
 set(OLEDD_CROSS_PREFIX arm-linux-gnueabihf- CACHE STRING "prefix of the cross compiler, up to gcc/g++")
 set(OLEDD_SYSROOT "" CACHE PATH "the SDK's sysroot; empty for Debian's multiarch cross compilers")
+set(OLEDD_CROSS_FLAGS "" CACHE STRING "compiler flags for the box's core and float ABI, when not the compiler's defaults")
 # try_compile reads this file again without the cache.
-list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES OLEDD_CROSS_PREFIX OLEDD_SYSROOT)
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES OLEDD_CROSS_PREFIX OLEDD_SYSROOT OLEDD_CROSS_FLAGS)
 
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR arm)
@@ -42,5 +44,5 @@ endif()
 
 # 64-bit file offsets: directory reads and large files behave the same on a
 # 32-bit box as on the 64-bit host the tests run on.
-set(CMAKE_C_FLAGS_INIT "-D_FILE_OFFSET_BITS=64")
-set(CMAKE_CXX_FLAGS_INIT "-D_FILE_OFFSET_BITS=64")
+set(CMAKE_C_FLAGS_INIT "-D_FILE_OFFSET_BITS=64 ${OLEDD_CROSS_FLAGS}")
+set(CMAKE_CXX_FLAGS_INIT "-D_FILE_OFFSET_BITS=64 ${OLEDD_CROSS_FLAGS}")

@@ -33,11 +33,16 @@ attributes=$(readelf -A -W "$binary")
 flags=$(field Flags "$header")
 cpu=$(field Tag_CPU_name "$attributes" | tr -d '"')
 fpu=$(field Tag_FP_arch "$attributes")
-case "$flags" in
-  *hard-float*) float="hard-float (floating-point arguments in VFP registers)" ;;
-  *soft-float*) float="soft-float (floating-point arguments in integer registers)" ;;
-  *) float="not stated ($flags)" ;;
-esac
+# Older toolchains leave the header's float flag out; the build attributes
+# then tell, a program without Tag_ABI_VFP_args using the base convention.
+vfp_args=$(field Tag_ABI_VFP_args "$attributes")
+if [[ $flags == *hard-float* || $vfp_args == *VFP* ]]; then
+  float="hard-float (floating-point arguments in VFP registers)"
+elif [[ $flags == *soft-float* || -n $cpu ]]; then
+  float="soft-float (floating-point arguments in integer registers)"
+else
+  float="not stated ($flags)"
+fi
 arch="$(field Machine "$header"), $(field Class "$header")"
 [ -z "$cpu" ] || arch="$arch, ARMv$cpu, ${fpu:-no FPU instructions}"
 echo "architecture: $arch"
