@@ -44,8 +44,8 @@ build build -- bench_pacing bench_panels bench_probes bench_control bench_contro
 build build-literal -DOLEDD_LITERAL_SHELL=ON -DOLEDD_LITERAL_REPLIES=ON -- oledd-sim
 arm=1
 if command -v arm-linux-gnueabihf-g++ > /dev/null; then
-  build build-arm -DCMAKE_TOOLCHAIN_FILE=cmake/arm-linux-gnueabihf.cmake -DOLEDD_HOST_TOOLS=OFF -- oledd
-  build build-arm-shared -DCMAKE_TOOLCHAIN_FILE=cmake/arm-linux-gnueabihf.cmake -DOLEDD_HOST_TOOLS=OFF \
+  build build-arm -DCMAKE_TOOLCHAIN_FILE=cmake/arm-linux.cmake -DOLEDD_HOST_TOOLS=OFF -- oledd
+  build build-arm-shared -DCMAKE_TOOLCHAIN_FILE=cmake/arm-linux.cmake -DOLEDD_HOST_TOOLS=OFF \
     -DOLEDD_TESTS=OFF -DOLEDD_SHARED_CXX_RUNTIME=ON -- oledd
 else
   arm=0

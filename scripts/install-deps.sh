@@ -9,13 +9,16 @@ HOST_PKGS=(
   libpng-dev libfreetype-dev fonts-dejavu-core
   sysstat iproute2 procps python3
   clang libclang-rt-14-dev libc++-14-dev libc++abi-14-dev
-  g++-arm-linux-gnueabihf qemu-user
+  g++-arm-linux-gnueabihf g++-arm-linux-gnueabi qemu-user busybox-static
   libcpp-httplib-dev nlohmann-json3-dev
   chromium chromium-driver python3-selenium
   prometheus python3-yaml
   qemu-user-static
 )
-ARM_PKGS=(libcjson-dev:armhf)
+# The two Debian ARM ports the cross builds use: armhf (ARMv7, hard-float)
+# and armel (ARMv5, soft-float).
+ARM_ARCHES=(armhf armel)
+ARM_PKGS=(libcjson-dev:armhf libcjson-dev:armel)
 
 SUDO=""
 if [ "$(id -u)" != 0 ]; then SUDO=sudo; fi
@@ -28,9 +31,11 @@ for p in "${HOST_PKGS[@]}" "${ARM_PKGS[@]}"; do
 done
 [ ${#missing[@]} -eq 0 ] && exit 0
 
-if ! dpkg --print-foreign-architectures | grep -qx armhf; then
-  $SUDO dpkg --add-architecture armhf
-fi
+for arch in "${ARM_ARCHES[@]}"; do
+  if ! dpkg --print-foreign-architectures | grep -qx "$arch"; then
+    $SUDO dpkg --add-architecture "$arch"
+  fi
+done
 echo "installing: ${missing[*]}"
 export DEBIAN_FRONTEND=noninteractive
 # A mirror caught mid-sync fails one index now and then; the install below

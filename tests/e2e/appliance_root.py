@@ -21,10 +21,10 @@ SAMPLE_ROOT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..
 # Covers the pin-multiplexing block (0x120F0000) and the last GPIO group
 # (0x122D0000); a sparse file costs no disk.
 REGISTER_SPACE = 0x13000000
-# What the box's scripts need (iostat and the temperature tool are
-# stand-ins from the sample root); host programs, so they run natively
-# even beside an emulated daemon.
-TOOLS = {"/bin/sh": "dash", "/bin/date": "date"}
+# The box's whole userland, as on the appliance: a static BusyBox and its
+# applets (the sample root's iostat stand-in stays). The host's build, so
+# the scripts an emulated daemon starts run natively.
+BUSYBOX = "/usr/bin/busybox"
 
 # Mounts the box's own /proc and /sys inside the root, then enters it with
 # a clean environment. Every step execs, so the daemon keeps the pid.
@@ -33,13 +33,19 @@ _ENTER = ('root=$1; shift; mount -t proc proc "$root/proc" && mount -t sysfs sys
 
 
 def libraries(program, emulator=()):
-    """Every file the program loads, as paths of the machine it runs on
-    (the host's, or the emulator's with -L /); none for a static program."""
+    """Every file the program loads, as paths of the box (the emulator's
+    with -L DIR finds them under DIR); none for a static program."""
     interpreter = re.findall(r"Requesting program interpreter: (\S+)\]", run("readelf", "-l", "-W", program).stdout)
     if not interpreter:
         return []
     listed = run(*(list(emulator) + [interpreter[0], "--list", program])).stdout
     return interpreter + re.findall(r"=> (/\S+)", listed)
+
+
+def library_root(emulator):
+    """Where the emulator's -L option has the ARM libraries; the host's "/"."""
+    emulator = list(emulator)
+    return emulator[emulator.index("-L") + 1] if "-L" in emulator[:-1] else "/"
 
 
 class ApplianceBox(SimBox):
@@ -61,8 +67,10 @@ class ApplianceBox(SimBox):
             os.makedirs(self.host(folder), exist_ok=True)
         with open(self.host("/dev/mem"), "wb") as f:
             f.truncate(REGISTER_SPACE)
-        for box_path, name in TOOLS.items():
-            self.install(shutil.which(name), box_path)
+        self.install(BUSYBOX, "/bin/busybox")
+        for applet in run(BUSYBOX, "--list").stdout.split():
+            if not os.path.lexists(self.host("/bin/" + applet)):
+                os.symlink("busybox", self.host("/bin/" + applet))
         self.install(oledd, "/home/public/oledd", emulator)
         self.program = ["/home/public/oledd"]
         if emulator:
@@ -72,7 +80,9 @@ class ApplianceBox(SimBox):
 
     def install(self, program, box_path, emulator=()):
         """Copies a program and the libraries it loads into the root."""
-        for source, box_file in [(program, box_path)] + [(lib, lib) for lib in libraries(program, emulator)]:
+        found = library_root(emulator)
+        for source, box_file in [(program, box_path)] + [(os.path.join(found, lib.lstrip("/")), lib)
+                                                         for lib in libraries(program, emulator)]:
             os.makedirs(os.path.dirname(self.host(box_file)), exist_ok=True)
             shutil.copy2(source, self.host(box_file))
 

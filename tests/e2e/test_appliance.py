@@ -2,7 +2,8 @@
 register access, run whole in a private root folder (appliance_root.py):
 it starts, drives the pins its settings name, serves the control protocol
 and ends on SIGTERM. The build is the one of OLEDD_BIN_DIR; with
-OLEDD_EMULATOR (the ARM build) it runs under that emulator."""
+OLEDD_EMULATOR (the ARM build) it runs under that emulator, once for each
+core of OLEDD_CPUS ("cortex-a7 cortex-a9"). Its userland is BusyBox's."""
 
 import os
 import signal
@@ -18,12 +19,21 @@ UNTOUCHED = 0xA5A5A5A5
 FOREIGN_OUTPUT = 0x80
 LED_KEYS = ("kLed_eth_gpio", "kLed_cpu_gpio", "kLed_hdmi_gpio", "kLed_pwr_gpio", "kLed_eth_onboard",
             "kLed_cpu_onboard", "kLed_hdmi_onboard")
+CPUS = os.environ.get("OLEDD_CPUS", "").split() if EMULATOR else []
 
 
 class Appliance(PeerTest):
     def test_starts_drives_its_pins_serves_control_and_ends_on_sigterm(self):
-        box = self.sim = ApplianceBox(self.netns, os.path.join(BIN_DIR, "oledd"), EMULATOR)
-        self.addCleanup(box.close)
+        for cpu in CPUS or [None]:
+            with self.subTest(cpu=cpu):
+                box = self.sim = ApplianceBox(self.netns, os.path.join(BIN_DIR, "oledd"),
+                                              EMULATOR + (["-cpu", cpu] if cpu else []))
+                try:
+                    self.check(box)
+                finally:
+                    box.close()
+
+    def check(self, box):
         settings = box.read("/data/oled.ini")  # the sample box: a small two-wire panel, both LED sets
         config = dict(line.split("=", 1) for line in settings.splitlines())
         self.assertEqual(config["OLed_a_kind_start"], "4")
@@ -40,6 +50,7 @@ class Appliance(PeerTest):
         for pin in outputs + [switch, chip_select]:
             box.poke(register_map.mux(*pin)[0], UNTOUCHED)
             box.poke(register_map.data(*pin), UNTOUCHED)
+        box.write("/tmp/cpu_load", "97\n")  # what the iostat stand-in reports
 
         box.start()
         box.wait_for(SAVED, timeout=30)
@@ -53,6 +64,15 @@ class Appliance(PeerTest):
         # bytes move the bus lines.
         eventually(lambda: box.register(register_map.data(*power)) == lit and all(
             box.register(register_map.data(*pin)) != UNTOUCHED for pin in bus), 30, "power LED lit, bus lines moved")
+        # The iostat stand-in, run by BusyBox's shell, gives the load: above
+        # 80 lights the CPU LED; low, with the temperature tool's reading
+        # (no overheat), it goes out.
+        cpu = register_map.pin(config["kLed_cpu_gpio"])
+        cpu_lit, cpu_out = (1 << cpu[1], 0) if lit else (0, 1 << cpu[1])
+        eventually(lambda: box.register(register_map.data(*cpu)) == cpu_lit, 30, "CPU LED lit at a load of 97")
+        box.write("/tmp/cpu_load", "3\n")
+        eventually(lambda: box.register(register_map.data(*cpu)) == cpu_out, 30, "CPU LED out at a load of 3")
+        self.assertRegex(box.read("/tmp/temperature"), r"^\d+\n$")
         for pin in outputs + [switch]:
             address, value = register_map.mux(*pin)
             self.assertEqual(box.register(address), value, "pad of pin %d_%d" % pin)
