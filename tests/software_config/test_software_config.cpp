@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <grp.h>
+#include <pwd.h>
 #include <string.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "box_root.h"
@@ -151,4 +154,52 @@ TEST_F(ConfigTest, AnUncreatableDataFolderPutsTheFileInTheWorkingDirectory)
     EXPECT_EQ(out.text(), "make \"/data\" errorly\n");
     EXPECT_STREQ(filepath_, "./oled.ini");
     set_box_root(root.path());
+}
+
+// Permissions bind only an unprivileged process, and the tests run as
+// root: a child that drops to nobody saves into a folder that takes no new
+// file, holding a settings file that nobody owns.
+TEST_F(ConfigTest, AFolderThatTakesNoNewFileHasTheFileRewrittenInPlace)
+{
+    const passwd* nobody = getpwnam("nobody");
+    ASSERT_NE(nobody, nullptr);
+    root.write("/data/oled.ini", std::string(2000, '#') + "\n");
+    const bool root_user = geteuid() == 0;
+    if (root_user) {
+        ASSERT_EQ(chmod(root.path().c_str(), 0755), 0);
+        ASSERT_EQ(chown(root.host("/data/oled.ini").c_str(), nobody->pw_uid, nobody->pw_gid), 0);
+    }
+    ASSERT_EQ(chmod(root.host("/data").c_str(), 0555), 0);
+    fflush(stdout);
+    const pid_t child = root_user ? fork() : 0;
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        if (root_user && (setgroups(0, nullptr) != 0 || setgid(nobody->pw_gid) != 0 || setuid(nobody->pw_uid) != 0)) {
+            _exit(2);
+        }
+        CaptureStdout out;
+        SoftwareConfig config;
+        config.SetConfig(C::OLed_a_cpu, 0);
+        const std::string expected = config.Serialize();
+        const bool saved = config.SaveConfig();
+        const std::string written = root.read("/data/oled.ini");
+        chmod(root.host("/data/oled.ini").c_str(), 0444);
+        config.SetConfig(C::OLed_a_cpu, 1);
+        const bool saved_read_only = config.SaveConfig();
+        const std::string printed = out.text();
+        EXPECT_TRUE(saved);
+        EXPECT_EQ(written, expected);
+        EXPECT_FALSE(saved_read_only);
+        EXPECT_EQ(root.read("/data/oled.ini"), expected);
+        EXPECT_FALSE(root.exists("/data/oled.ini.tmp"));
+        EXPECT_EQ(printed, "[SaveConfig]-246: save config succeed\n[SaveConfig]-250: save config failed\n");
+        if (root_user) {
+            fflush(stdout);
+            _exit(HasFailure() ? 1 : 0);
+        }
+        return;
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the save as nobody failed, status " << status;
 }
