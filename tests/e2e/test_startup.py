@@ -68,15 +68,6 @@ class StartUp(E2ETest):
                 self.assertIn(pins, saved)
                 self.assertTrue(saved.endswith(switch))
 
-    def test_odd_settings_file_is_read_by_the_rules_and_rewritten_canonically(self):
-        box = self.box(files={"/data/oled.ini": (
-            "[oled]\r\n# a comment\r\nOLed_a_cpu=0\r\nOLed_a_vi=\r\nOLed_a_sleep_time=9\r\n"
-            "OLed_a_ai = 0\r\nmystery=1\r\n\r\nOLed_a_small_n_buf=HELLO BOX\r\n")})
-        self.start_and_stop(box)
-        expected = (CANONICAL_DEFAULTS.replace("OLed_a_cpu=1", "OLed_a_cpu=0")
-                    .replace("OLed_a_small_n_buf=WELCOME", "OLed_a_small_n_buf=HELLO BOX"))
-        self.assertEqual(box.read("/data/oled.ini"), expected)
-
 
 if __name__ == "__main__":
     main()

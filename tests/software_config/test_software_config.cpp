@@ -52,8 +52,6 @@ TEST_F(ConfigTest, BoardTablesChooseThePanelAndSwitchPins)
     EXPECT_EQ(board_pins("BRD250"), "4_2 4_3 0 0 0");  // whole names only
 }
 
-// Lookalike keys, blanks around "=", unknown keys and the canonical rewrite
-// are read end to end at start-up; here the rules that test does not meet.
 TEST_F(ConfigTest, ReaderFollowsTheLineRules)
 {
     root.write("/data/oled.ini",
@@ -64,6 +62,7 @@ TEST_F(ConfigTest, ReaderFollowsTheLineRules)
                "!OLed_a_ai=5\n"
                "OLed_a_cpu=\n"
                "OLed_a_cpu=0\n"
+               "OLed_a_sleep_time=9\r\nOLed_a_temp = 0\r\nmystery=1\n"
                "xOLed_a_venc=0\n"
                "OLed_a_small_n_buf= two  words \r\n"
                "OLed_a_logo=1\r\n"
@@ -76,6 +75,7 @@ TEST_F(ConfigTest, ReaderFollowsTheLineRules)
     EXPECT_EQ(config.GetConfig(C::OLed_a_net), "1");       // ";" comment
     EXPECT_EQ(config.GetConfig(C::OLed_a_ai), "1");        // "!" comment
     EXPECT_EQ(config.GetConfig(C::OLed_a_cpu), "1");       // first match is empty: default stays
+    EXPECT_EQ(config.GetConfig(C::OLed_a_sleep_tim) + config.GetConfig(C::OLed_a_temp), "31");  // lookalikes
     EXPECT_EQ(config.GetConfig(C::OLed_a_venc), "0");      // key found inside the line
     EXPECT_EQ(config.GetConfig(C::OLed_a_small_n_buf), " two  words ");
     EXPECT_EQ(config.GetConfig(C::OLed_a_logo), "1");
