@@ -39,7 +39,7 @@ class KillDuringSave(FaultTest):
             os.kill(box.proc.pid, signal.SIGKILL)
             box.wait()
             found = box.read("/data/oled.ini", binary=True)
-            # Both are whole files: the first is checked below, each new one is made here.
+            # Both are whole files: the first old one was checked above.
             self.assertIn(found, (old, new), "trial %d" % trials)
             outcomes["old" if found == old else "new"] += 1
             self.restart()
