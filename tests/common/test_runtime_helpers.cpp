@@ -2,7 +2,6 @@
 
 #include <sys/ipc.h>
 #include <sys/msg.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -63,28 +62,18 @@ TEST(CreateThread, StartsADetachedThreadWithItsArgument)
     EXPECT_EQ(ran.load(), 7);
 }
 
-TEST(DurableFile, ReplacesWholeAndKeepsTheOldFileWhenTheFolderIsReadOnly)
+// The fallback for a folder that takes no new file is the settings
+// store's test, run as an unprivileged user.
+TEST(DurableFile, ReplacesTheWholeFileAndLeavesNoTemporary)
 {
     TempRoot root;
     root.make_folder("/data");
-    ASSERT_TRUE(write_file_durably("/data/f", "first\n"));
-    EXPECT_EQ(root.read("/data/f"), "first\n");
-    EXPECT_TRUE(file_holds("/data/f", "first\n"));
-    EXPECT_FALSE(file_holds("/data/f", "first"));
+    ASSERT_TRUE(write_file_durably("/data/f", "first, longer\n"));
     ASSERT_TRUE(write_file_durably("/data/f", "second\n"));
     EXPECT_EQ(root.read("/data/f"), "second\n");
     EXPECT_FALSE(root.exists("/data/f.tmp"));
-
-    if (geteuid() != 0) {  // root writes through permissions
-        chmod(root.host("/data").c_str(), 0555);
-        chmod(root.host("/data/f").c_str(), 0444);
-        EXPECT_FALSE(write_file_durably("/data/f", "third\n"));
-        EXPECT_EQ(root.read("/data/f"), "second\n");
-        // A writable file in a read-only folder is rewritten in place.
-        chmod(root.host("/data/f").c_str(), 0644);
-        EXPECT_TRUE(write_file_durably("/data/f", "fourth\n"));
-        EXPECT_EQ(root.read("/data/f"), "fourth\n");
-    }
+    EXPECT_TRUE(file_holds("/data/f", "second\n"));
+    EXPECT_FALSE(file_holds("/data/f", "second"));
 }
 
 TEST(MessageQueue, CreateSetStatusDelete)
@@ -94,27 +83,16 @@ TEST(MessageQueue, CreateSetStatusDelete)
     if (id < 0) {
         GTEST_SKIP() << "System V message queues not available here";
     }
-    {
-        // Raising the byte limit needs a privilege a container may lack.
-        CaptureStdout out;
-        if (SetMessageQueue(id) == 1) {
-            msqid_ds info;
-            ASSERT_EQ(msgctl(id, IPC_STAT, &info), 0);
-            EXPECT_EQ(info.msg_qbytes, 5242880u);
-        } else {
-            EXPECT_EQ(out.text().rfind("msg set info error: ", 0), 0u);
-        }
-    }
-    {
-        CaptureStdout out;
-        GetMessageQueueStatus(id);
-        EXPECT_NE(out.text().find("number of messages in queue is 0\n"), std::string::npos);
-    }
-    EXPECT_EQ(DeleteMessageQueue(id), 1);
     CaptureStdout out;
+    // Raising the byte limit needs a privilege a container may lack.
+    msqid_ds info;
+    EXPECT_TRUE(SetMessageQueue(id) == 0 || (msgctl(id, IPC_STAT, &info) == 0 && info.msg_qbytes == 5242880u));
+    GetMessageQueueStatus(id);
+    EXPECT_EQ(DeleteMessageQueue(id), 1);
     EXPECT_EQ(DeleteMessageQueue(id), 0);
-    EXPECT_EQ(out.text(), "[DeleteMessageQueue]-39: msgctl(IPC_RMID) failed\n");
-    CaptureStdout out2;
     EXPECT_EQ(CreateMessageQueue("/no/such/path"), 0);
-    EXPECT_EQ(out2.text().rfind("[CreateMessageQueue]-13: ftok create error: ", 0), 0u);
+    const std::string printed = out.text();
+    EXPECT_NE(printed.find("\nnumber of messages in queue is 0\nmax number of bytes"), std::string::npos) << printed;
+    EXPECT_NE(printed.find("[DeleteMessageQueue]-39: msgctl(IPC_RMID) failed\n[CreateMessageQueue]-13: ftok create error: "),
+              std::string::npos) << printed;
 }

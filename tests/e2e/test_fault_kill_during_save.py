@@ -10,7 +10,7 @@ import random
 import signal
 import time
 
-from fault_box import FaultTest, settings_text, whole_settings
+from fault_box import FaultTest, settings_text
 from harness import main
 
 TRIALS = int(os.environ.get("OLEDD_KILL_TRIALS", "300"))
@@ -39,7 +39,7 @@ class KillDuringSave(FaultTest):
             os.kill(box.proc.pid, signal.SIGKILL)
             box.wait()
             found = box.read("/data/oled.ini", binary=True)
-            self.assertIsNone(whole_settings(found), "trial %d" % trials)
+            # Both are whole files: the first old one was checked above.
             self.assertIn(found, (old, new), "trial %d" % trials)
             outcomes["old" if found == old else "new"] += 1
             self.restart()

@@ -1,9 +1,7 @@
 """The daemon's start-up on a fresh box: board file, settings file,
 messages. (Signals: test_signal_path.py.)"""
 
-import os
 import signal
-import stat
 
 from harness import E2ETest, main
 
@@ -69,34 +67,6 @@ class StartUp(E2ETest):
                 saved = box.read("/data/oled.ini")
                 self.assertIn(pins, saved)
                 self.assertTrue(saved.endswith(switch))
-
-    def test_odd_settings_file_is_read_by_the_rules_and_rewritten_canonically(self):
-        box = self.box(files={"/data/oled.ini": (
-            "[oled]\r\n# a comment\r\nOLed_a_cpu=0\r\nOLed_a_vi=\r\nOLed_a_sleep_time=9\r\n"
-            "OLed_a_ai = 0\r\nmystery=1\r\n\r\nOLed_a_small_n_buf=HELLO BOX\r\n")})
-        self.start_and_stop(box)
-        expected = (CANONICAL_DEFAULTS.replace("OLed_a_cpu=1", "OLed_a_cpu=0")
-                    .replace("OLed_a_small_n_buf=WELCOME", "OLed_a_small_n_buf=HELLO BOX"))
-        self.assertEqual(box.read("/data/oled.ini"), expected)
-
-    def test_unwritable_settings_file_fails_to_save_and_stays_whole(self):
-        box = self.box(files={"/data/oled.ini": "OLed_a_cpu=0\n"})
-        os.chmod(box.host("/data/oled.ini"), 0o444)
-        os.chmod(box.host("/data"), 0o555)
-        os.chmod(box.root, 0o755)
-        os.makedirs(box.host("/home/public"), mode=0o777)
-        os.chmod(box.host("/home/public"), 0o777)
-        os.chmod(box.out, 0o777)
-        try:
-            box.start(user=65534)
-            box.wait_for("save config failed")
-            out = box.output()
-            self.assertIn("[SaveConfig]-250: save config failed", out)
-            box.signal(signal.SIGTERM)
-            self.assertEqual(box.wait(), 255)
-            self.assertEqual(box.read("/data/oled.ini"), "OLed_a_cpu=0\n")
-        finally:
-            os.chmod(box.host("/data"), 0o755)
 
 
 if __name__ == "__main__":

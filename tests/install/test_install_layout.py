@@ -59,7 +59,6 @@ class InstallLayout(unittest.TestCase):
         self.assertTrue(os.access(script, os.X_OK))
         self.assertEqual(subprocess.run(["sh", "-n", script]).returncode, 0)
         text = open(script).read()
-        self.assertIn('DIR="${OLEDD_DIR:-/home/public}"', text)
         self.assertNotIn("@", text)
         unit = open(self.path("/lib/systemd/system/oledd.service")).read().splitlines()
         for line in ("WorkingDirectory=/home/public", "ExecStart=/home/public/oledd", "Restart=always"):

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <string.h>
-#include <sys/stat.h>
 
 #include <string>
 #include <vector>
@@ -189,14 +188,7 @@ TEST_F(ControlDatagram, ReplyReflectsFileBeforeTheChange)
     EXPECT_EQ(replies.payloads, std::vector<std::string>(2, "[oled]\n" + hand_made));
     EXPECT_EQ(settings_file(), defaults_with({"OLed_a_cpu=0", "OLed_a_vi=0"}));
 
-    // A query saves without rewriting the file; without a file the header
-    // goes alone.
-    struct stat before, after;
-    stat(root.host("/data/oled.ini").c_str(), &before);
-    handle("replyoled");
-    stat(root.host("/data/oled.ini").c_str(), &after);
-    EXPECT_EQ(before.st_ino, after.st_ino);
-    EXPECT_EQ(replies.payloads.back(), "[oled]\n" + settings_file());
+    // Without a file the header goes alone.
     remove(root.host("/data/oled.ini").c_str());
     handle("replyoled");
     EXPECT_EQ(replies.payloads.back(), "[oled]\n");
@@ -207,7 +199,6 @@ TEST_F(ControlDatagram, RepliesGoToTheSenderOrTheNamedDestination)
     const std::vector<std::pair<std::string, std::vector<std::string>>> cases = {
         {"replyoled", {"192.168.1.1:40000"}},
         {"replyoled=", {"192.168.1.1:40000"}},
-        {"replyoled=10.0.0.5:9000", {"10.0.0.5:9000"}},
         // No port: the sender's, even after an item that named one.
         {"replyoled=10.0.0.5:9000|replyoled=10.0.0.6|replyoled", {"10.0.0.5:9000", "10.0.0.6:40000", "10.0.0.6:40000"}},
         // A destination holds for the datagram's later bare items.

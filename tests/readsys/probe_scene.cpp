@@ -1,5 +1,6 @@
 #include "probe_scene.h"
 
+#include <dirent.h>
 #include <stdlib.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -73,4 +74,15 @@ std::string outcome(std::string (*probe)())
     } catch (const std::out_of_range&) {
         return kThrows;
     }
+}
+
+int open_descriptors()
+{
+    int count = 0;
+    DIR* dir = opendir("/proc/self/fd");
+    while (readdir(dir) != nullptr) {
+        ++count;
+    }
+    closedir(dir);
+    return count;
 }

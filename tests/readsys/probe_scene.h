@@ -44,6 +44,9 @@ private:
     unsigned long saved_limit_;
 };
 
+// Descriptors this process has open.
+int open_descriptors();
+
 // What a probe gives: its text, or kThrows when it throws out_of_range.
 extern const char kThrows[];
 std::string outcome(std::string (*probe)());

@@ -3,17 +3,6 @@
 #include "ethernet_audio_probes.h"
 #include "probe_scene.h"
 
-TEST(CheckEthspeedFile, BlanksNonDigitsAndShowsTenAsNoLink)
-{
-    ProbeScene scene("good");
-    scene.write("/sys/class/net/eth0/speed", "100\n");
-    EXPECT_EQ(CheckEthspeedFile(), "ETH_SPEED:100 ");
-    scene.write("/sys/class/net/eth0/speed", "10\n");
-    EXPECT_EQ(CheckEthspeedFile(), "ETH_SPEED:NO LINK");
-    scene.write("/sys/class/net/eth0/speed", "1.0\n");
-    EXPECT_EQ(CheckEthspeedFile(), "ETH_SPEED:1 0 ");
-}
-
 namespace {
 
 const char kHeadings[] = "  AiDev    WorkMode  SampRate  BitWidth\n";

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
-#include <dirent.h>
 #include <unistd.h>
 
 #include <string>
 #include <vector>
 
+#include "file_command.h"
 #include "line_source.h"
 #include "probe_scene.h"
 
@@ -26,22 +26,12 @@ std::vector<std::string> pieces(const char* command, int size)
     return out;
 }
 
-int open_descriptors()
-{
-    int count = 0;
-    DIR* dir = opendir("/proc/self/fd");
-    while (readdir(dir) != nullptr) {
-        ++count;
-    }
-    closedir(dir);
-    return count;
-}
-
 const char* const kCommands[] = {
     "cat /data/mixed.txt",
     "cat /data/mixed.txt | grep kSet",
     "cat /data/mixed.txt | grep -w kChn0_M_VENC_Type",
     "cat /data/mixed.txt | awk '/HotPlug/'",
+    "cat /data/mixed.txt | awk '/kSet|Hot/'",  // for the tools themselves
     "cat /data/absent.txt | grep kSet",
 };
 
@@ -70,6 +60,35 @@ TEST(LineSource, ReadsFilesInProcessPieceForPieceAsTheToolsPrintThem)
                 EXPECT_EQ(pieces(command, size), expected) << command << " size " << size;
             }
         }
+    }
+}
+
+// A refused command goes to the tools, so the test above sees no
+// difference; here what is read in-process, and what is not.
+TEST(FileCommand, OnlyOneFileAndOnePlainWordAreReadInProcess)
+{
+    FileCommand c;
+    ASSERT_TRUE(parse_file_command("cat /proc/umap/hdmi | awk '/HotPlug/'", c));
+    EXPECT_EQ(c.path + "|" + c.pattern, "/proc/umap/hdmi|HotPlug");
+    EXPECT_EQ(c.filter, FileCommand::awk_text);
+    ASSERT_TRUE(parse_file_command("cat /a | awk '/x/'", c));
+    EXPECT_EQ(c.pattern, "x");
+    ASSERT_TRUE(parse_file_command("cat /a | grep -w x_1", c));
+    EXPECT_EQ(c.filter, FileCommand::grep_word);
+    EXPECT_EQ(c.pattern, "x_1");
+    ASSERT_TRUE(parse_file_command("cat /a", c));
+    EXPECT_EQ(c.path + "|" + c.pattern, "/a|");
+    for (const char* refused : {"cat /a | awk '//'", "cat /a | awk '/'", "cat /a | awk '/xy'", "cat /a | awk 'xy/'",
+                                "cat /a | awk \"/x/\"", "cat /a | awk '/x/' ", "cat /a | awk '/x/{print}'",
+                                "cat /a | grep ", "cat /a | grep -c", "cat /a | grep -v x", "cat /a | grep x | wc",
+                                "cat a", "cat /a /b", "cat  /a", "cat /a > /b", "tac /a", "cat /a|grep x"}) {
+        EXPECT_FALSE(parse_file_command(refused, c)) << refused;
+    }
+    for (const char special : std::string(" \t'\"\\.[]*^$+?(){}|/")) {
+        EXPECT_FALSE(parse_file_command(("cat /a | awk '/x" + std::string(1, special) + "y/'").c_str(), c)) << special;
+    }
+    for (const char special : std::string("'\"\\$*?[;&|<>`")) {
+        EXPECT_FALSE(parse_file_command(("cat /a" + std::string(1, special) + "b").c_str(), c)) << special;
     }
 }
 

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 #include <errno.h>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <string>
@@ -25,7 +27,66 @@ std::pair<std::string, int> read_all(const char* command, ProbeInput input)
     return {output, in.close()};
 }
 
+int occurrences(const std::string& text, const std::string& what)
+{
+    int n = 0;
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) {
+        ++n;
+    }
+    return n;
+}
+
 }  // namespace
+
+// The program gets its standard output and no other descriptor of ours,
+// and the launcher keeps none once the program is done.
+TEST(ProgramLaunch, DescriptorsNeitherReachTheProgramNorOutliveIt)
+{
+    ProbeScene scene("");
+    scene.write_tool("/bin/fds", "#!/bin/sh\nls -l /proc/self/fd\n");
+    scene.write_tool("/home/public/no-hashbang", "true\n");
+    const int before = open_descriptors();
+    ProgramCommand command;
+    ASSERT_TRUE(parse_program_command("fds", command));
+    ProgramReader reader;
+    ASSERT_EQ(start_program_reader(command, reader), ProgramStart::started);
+    ASSERT_EQ(open_descriptors(), before + 1) << "the read end only";
+    struct stat info;
+    ASSERT_EQ(fstat(fileno(reader.stream), &info), 0);
+    std::string listing;
+    char line[256];
+    while (fgets(line, sizeof line, reader.stream) != nullptr) {
+        listing += line;
+    }
+    close_program_reader(reader);
+    EXPECT_EQ(occurrences(listing, "pipe:[" + std::to_string(info.st_ino) + "]"), 1) << listing;
+
+    // With no standard input the file opened for "> FILE" lands on
+    // descriptor 0 and must move.
+    ASSERT_TRUE(parse_program_command("fds > /tmp/out", command));
+    for (const bool no_input : {false, true}) {
+        int status = -1;
+        const int input = dup(STDIN_FILENO);
+        if (no_input) {
+            close(STDIN_FILENO);
+        }
+        EXPECT_EQ(run_program(command, status), ProgramStart::started);
+        EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD) == -1, no_input) << "descriptor 0 kept";
+        dup2(input, STDIN_FILENO);
+        close(input);
+        EXPECT_EQ(status, 0);
+        const std::string written = scene.root().read("/tmp/out");
+        EXPECT_EQ(occurrences(written, scene.root().host("/tmp/out")), 1) << written;
+    }
+    int status = -1;
+    for (const char* text : {"./no-hashbang", "no-such-program > /tmp/out"}) {
+        ASSERT_TRUE(parse_program_command(text, command));
+        run_program(command, status);
+        start_program_reader(command, reader);
+        close_program_reader(reader);
+    }
+    EXPECT_EQ(open_descriptors(), before);
+}
 
 TEST(ProgramLaunch, PlainProgramCallsAreTheOnlyOnesStartedWithoutAShell)
 {

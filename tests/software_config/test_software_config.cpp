@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <grp.h>
+#include <pwd.h>
 #include <string.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "box_root.h"
@@ -13,18 +16,6 @@
 namespace {
 
 typedef SoftwareConfig C;
-
-// The file a board outside the tables gets with every default.
-const char kCanonicalDefaults[] =
-    "OLed_Port_udp=16124\nOLed_Port=16124\nOLed_a_kind_start=1\nOLed_a_small_n_start=0\n"
-    "OLed_a_small_n_buf=WELCOME\nOLed_a_cpu=1\nOLed_a_vi=1\nOLed_a_ai=1\nOLed_a_net=1\n"
-    "OLed_a_venc=1\nOLed_a_temp=1\nOLed_a_start=1\nOLed_a_sleep_tim=3\nOLed_a_logo=0\n"
-    "OLed_a_gpio_j=0\nOLed_a_io=0\nOLed_ba_SDINMUX=4_2\nOLed_ba_SCLKMUX=4_3\nOLed_ba_CS_MUX=3_5\n"
-    "OLed_ba_DC_MUX=4_0\nOLed_ba_RES_MUX=4_1\nOLed_sml_SDINMUX=4_2\nOLed_sml_SCLKMUX=4_3\n"
-    "OLed_sml_VCCMUX=0\nOLed_sml_GNDMUX=0\nOLed_china_str=AA\nOLed_a_led_start=0\n"
-    "kLed_outside_value=0\nkLed_eth_gpio=0\nkLed_cpu_gpio=0\nkLed_hdmi_gpio=0\nkLed_pwr_gpio=0\n"
-    "kLed_onboard=0\nkLed_onboard_value=0\nkLed_eth_onboard=0\nkLed_cpu_onboard=0\n"
-    "kLed_hdmi_onboard=0\nkSwitch_gpio=0\n";
 
 class ConfigTest : public ::testing::Test {
 protected:
@@ -61,8 +52,6 @@ TEST_F(ConfigTest, BoardTablesChooseThePanelAndSwitchPins)
     EXPECT_EQ(board_pins("BRD250"), "4_2 4_3 0 0 0");  // whole names only
 }
 
-// Lookalike keys, blanks around "=", unknown keys and the canonical rewrite
-// are read end to end at start-up; here the rules that test does not meet.
 TEST_F(ConfigTest, ReaderFollowsTheLineRules)
 {
     root.write("/data/oled.ini",
@@ -73,6 +62,7 @@ TEST_F(ConfigTest, ReaderFollowsTheLineRules)
                "!OLed_a_ai=5\n"
                "OLed_a_cpu=\n"
                "OLed_a_cpu=0\n"
+               "OLed_a_sleep_time=9\r\nOLed_a_temp = 0\r\nmystery=1\n"
                "xOLed_a_venc=0\n"
                "OLed_a_small_n_buf= two  words \r\n"
                "OLed_a_logo=1\r\n"
@@ -85,6 +75,7 @@ TEST_F(ConfigTest, ReaderFollowsTheLineRules)
     EXPECT_EQ(config.GetConfig(C::OLed_a_net), "1");       // ";" comment
     EXPECT_EQ(config.GetConfig(C::OLed_a_ai), "1");        // "!" comment
     EXPECT_EQ(config.GetConfig(C::OLed_a_cpu), "1");       // first match is empty: default stays
+    EXPECT_EQ(config.GetConfig(C::OLed_a_sleep_tim) + config.GetConfig(C::OLed_a_temp), "31");  // lookalikes
     EXPECT_EQ(config.GetConfig(C::OLed_a_venc), "0");      // key found inside the line
     EXPECT_EQ(config.GetConfig(C::OLed_a_small_n_buf), " two  words ");
     EXPECT_EQ(config.GetConfig(C::OLed_a_logo), "1");
@@ -107,10 +98,11 @@ TEST_F(ConfigTest, IdentifiersOutsideTheTableAreRefused)
 {
     CaptureStdout quiet;
     SoftwareConfig config;
+    const std::string before = config.Serialize();
     EXPECT_EQ(config.GetConfig(static_cast<C::SoftWareConfigID>(38)), "error");
     EXPECT_FALSE(config.SetConfig(static_cast<C::SoftWareConfigID>(38), "x"));
     EXPECT_FALSE(config.SetConfig(static_cast<C::SoftWareConfigID>(-1), 3));
-    EXPECT_EQ(config.Serialize(), kCanonicalDefaults);
+    EXPECT_EQ(config.Serialize(), before);
     EXPECT_TRUE(config.SetConfig(C::OLed_a_sleep_tim, -5));
     EXPECT_EQ(config.GetConfig(C::OLed_a_sleep_tim), "-5");
     EXPECT_TRUE(config.SetConfig(C::OLed_a_small_n_buf, std::string(" raw|text=\n")));
@@ -151,4 +143,52 @@ TEST_F(ConfigTest, AnUncreatableDataFolderPutsTheFileInTheWorkingDirectory)
     EXPECT_EQ(out.text(), "make \"/data\" errorly\n");
     EXPECT_STREQ(filepath_, "./oled.ini");
     set_box_root(root.path());
+}
+
+// Permissions bind only an unprivileged process, and the tests run as
+// root: a child that drops to nobody saves into a folder that takes no new
+// file, holding a settings file that nobody owns.
+TEST_F(ConfigTest, AFolderThatTakesNoNewFileHasTheFileRewrittenInPlace)
+{
+    const passwd* nobody = getpwnam("nobody");
+    ASSERT_NE(nobody, nullptr);
+    root.write("/data/oled.ini", std::string(2000, '#') + "\n");
+    const bool root_user = geteuid() == 0;
+    if (root_user) {
+        ASSERT_EQ(chmod(root.path().c_str(), 0755), 0);
+        ASSERT_EQ(chown(root.host("/data/oled.ini").c_str(), nobody->pw_uid, nobody->pw_gid), 0);
+    }
+    ASSERT_EQ(chmod(root.host("/data").c_str(), 0555), 0);
+    fflush(stdout);
+    const pid_t child = root_user ? fork() : 0;
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        if (root_user && (setgroups(0, nullptr) != 0 || setgid(nobody->pw_gid) != 0 || setuid(nobody->pw_uid) != 0)) {
+            _exit(2);
+        }
+        CaptureStdout out;
+        SoftwareConfig config;
+        config.SetConfig(C::OLed_a_cpu, 0);
+        const std::string expected = config.Serialize();
+        const bool saved = config.SaveConfig();
+        const std::string written = root.read("/data/oled.ini");
+        chmod(root.host("/data/oled.ini").c_str(), 0444);
+        config.SetConfig(C::OLed_a_cpu, 1);
+        const bool saved_read_only = config.SaveConfig();
+        const std::string printed = out.text();
+        EXPECT_TRUE(saved);
+        EXPECT_EQ(written, expected);
+        EXPECT_FALSE(saved_read_only);
+        EXPECT_EQ(root.read("/data/oled.ini"), expected);
+        EXPECT_FALSE(root.exists("/data/oled.ini.tmp"));
+        EXPECT_EQ(printed, "[SaveConfig]-246: save config succeed\n[SaveConfig]-250: save config failed\n");
+        if (root_user) {
+            fflush(stdout);
+            _exit(HasFailure() ? 1 : 0);
+        }
+        return;
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the save as nobody failed, status " << status;
 }
