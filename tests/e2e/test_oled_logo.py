@@ -4,8 +4,7 @@ and the logo page on, stands whole in the panel's RAM (panel.pgm)."""
 import os
 
 from harness import eventually, main, run_tool
-from loop_box import LoopTest
-from panel_view import read_pgm
+from loop_box import LoopTest, read_pgm
 
 ARTWORK = os.path.join(os.path.dirname(__file__), "..", "..", "sim", "artwork", "logo.png")
 

@@ -1,10 +1,15 @@
 #include <gtest/gtest.h>
+#include <stdio.h>
+
+#include <fstream>
+#include <sstream>
 
 #include "gpio_master.h"
 #include "register_trace.h"
 #include "soc.h"
 
 typedef std::vector<unsigned int> Words;
+typedef std::vector<std::string> Lines;
 
 TEST(GpioMaster, WritesAndReadsTheRegistersOfThePin)
 {
@@ -44,4 +49,30 @@ TEST(GpioMaster, PinsOutOfRangeTouchNothing)
     }
     EXPECT_EQ(SimSoc::instance().stores(), 0u);
     EXPECT_EQ(untouched, 7u);
+}
+
+TEST(GpioMaster, EveryPinRoutesItsOwnPad)
+{
+    std::ifstream in(OLED_PADS);
+    std::string line;
+    int pins = 0;
+    while (std::getline(in, line)) {
+        std::istringstream row(line);
+        int group = -1;
+        std::string cell;
+        if (line[0] == '#' || !(row >> group >> cell)) {
+            continue;
+        }
+        for (int bit = 0; row >> cell; ++bit, ++pins) {
+            unsigned int offset = 0, value = 0;
+            char expected[20] = "";
+            if (sscanf(cell.c_str(), "%x/%u", &offset, &value) == 2) {
+                snprintf(expected, sizeof(expected), "%08X %08X", 0x120F0000 + offset, value);
+            }
+            RegisterTrace trace;
+            GPIOMaster().pin_mux_gpio(group, bit);
+            EXPECT_EQ(trace.lines(), expected[0] ? Lines{expected} : Lines{}) << group << "_" << bit;
+        }
+    }
+    EXPECT_EQ(pins, 200);
 }

@@ -2,6 +2,10 @@
 
 #include <stdlib.h>
 
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
 #include "box_settings.h"
 #include "bus_lines.h"
 #include "gpio_master.h"
@@ -129,4 +133,31 @@ std::vector<std::pair<bool, uint8_t> > commands(const std::string& hex)
         p = end;
     }
     return out;
+}
+
+void PanelOnSoc::expect_panel(const std::string& name) const
+{
+    expect_picture(name, panel_->width(), static_cast<int>(panel_->pixels().size()) / panel_->width(),
+                   panel_->width() == 256 ? 15 : 1, panel_->pixels());
+}
+
+void expect_picture(const std::string& name, int width, int height, int maxval, const std::vector<uint8_t>& pixels)
+{
+    const std::string path = std::string(OLED_PICTURES) + "/" + name + ".pgm";
+    std::ostringstream header;
+    header << "P5\n" << width << " " << height << "\n" << maxval << "\n";
+    const std::string picture = header.str() + std::string(pixels.begin(), pixels.end());
+    const char* update = getenv("OLEDD_UPDATE_PICTURES");
+    if (update != nullptr && update[0] == '1') {
+        std::ofstream(path, std::ios::binary) << picture;
+        return;
+    }
+    std::ifstream in(path, std::ios::binary);
+    const std::string reference((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    ASSERT_EQ(header.str(), reference.substr(0, header.str().size())) << path;
+    ASSERT_EQ(picture.size(), reference.size()) << path;
+    for (size_t i = 0; i < pixels.size(); ++i) {
+        ASSERT_EQ(reference[header.str().size() + i], picture[header.str().size() + i])
+            << path << ": first difference at x " << i % width << ", y " << i / width;
+    }
 }
