@@ -8,8 +8,11 @@
 #include <sys/sysinfo.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <chrono>
 #include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "capture_stdout.h"
@@ -76,8 +79,8 @@ protected:
         PanelOnSoc::TearDown();
     }
 
-    // Runs a loop until it has held `screens` screens; returns them, one
-    // under the other, and what it printed.
+    // Runs a loop until it has held `screens` screens and ended its pass;
+    // keeps the screens, one under the other; returns what it printed.
     std::string run(void* (*loop)(void*), bool* flag, int screens)
     {
         held_.clear();
@@ -110,12 +113,17 @@ TEST_F(Loops, OldPanelShowsOneLinePerScreenCustomTextFirstAndSecondInputs)
     wire(1);
     snprintf(hw_info, sizeof(hw_info), "BRD20");
     oled_string_enable = oled_display_cpu = oled_display_vi = oled_display_time = true;
-    const std::string out = run(oled_small_loop, &thread_small_loop, 5);
+    std::string out = run(oled_small_loop, &thread_small_loop, 5);
     expect_held("loop_old_panel");
     // The end: blanked and switched off.
     EXPECT_EQ("oled_small_loop end\n", out.substr(out.size() - 20));
     EXPECT_FALSE(panel_->display_on());
     EXPECT_EQ(std::vector<uint8_t>(128 * 64, 0), panel_->pixels());
+    // Without a second input: the custom text, the video input, the custom text.
+    snprintf(hw_info, sizeof(hw_info), "BRD25");
+    oled_display_cpu = oled_display_time = false;
+    run(oled_small_loop, &thread_small_loop, 3);
+    expect_held("loop_old_panel_one_input");
 }
 
 TEST_F(Loops, OldPanelIsSetUpAgainEveryEleventhPass)
@@ -135,10 +143,11 @@ TEST_F(Loops, NewPanelsShowTwoLinesPerScreenCustomTextLast)
     oled_display_ethspeed = oled_display_temp = oled_display_time = oled_display_io = true;
     run(oled_small_loop, &thread_small_loop, 6);
     expect_held("loop_two_lines");
-    // Without a second input the video line is one.
+    // Without a second input the video line is one; a first slot left
+    // alone is held all the same.
     wire(6);
     snprintf(hw_info, sizeof(hw_info), "BRD25");
-    oled_display_ai = oled_display_venc = oled_display_ethspeed = oled_display_temp = false;
+    oled_string_enable = oled_display_ai = oled_display_venc = oled_display_ethspeed = false;
     oled_display_time = oled_display_io = false;
     run(oled_small_loop, &thread_small_loop, 2);
     expect_held("loop_two_lines_one_input");
@@ -164,7 +173,17 @@ TEST_F(Loops, BigPanelPassWithNothingToShowPauses)
         pauses.push_back(microseconds);
         thread_big_loop = pauses.size() < 3;
     };
+    // A loop that never pauses is stopped after a while.
+    std::atomic<bool> done(false);
+    std::thread watchdog([&done] {
+        for (int i = 0; i < 2000 && !done; ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        thread_big_loop = false;
+    });
     run(oled_big_loop, &thread_big_loop, 0);
+    done = true;
+    watchdog.join();
     ASSERT_EQ(3u, pauses.size());
     EXPECT_GE(pauses[2], 100000u);
 }
