@@ -1,8 +1,10 @@
-"""oledd-sim wires the panel that the box's settings name and writes it
-to panel.pgm and panel.png (a build without libpng, OLEDD_SIM_PNG=0,
-writes no panel.png); a box without a screen, or whose panel lacks a pin,
-has neither."""
+"""oledd-sim's output files follow the settings the daemon reads: panel.pgm
+and panel.png for the panel kind named (a build without libpng,
+OLEDD_SIM_PNG=0, writes no panel.png), neither for a box without a screen
+or whose panel lacks a pin; leds.json shows each LED setting's pin and the
+level the daemon left on it."""
 
+import json
 import os
 import signal
 
@@ -10,40 +12,52 @@ from harness import E2ETest, main
 from test_startup import CANONICAL_DEFAULTS
 
 WRITES_PNG = os.environ.get("OLEDD_SIM_PNG", "1") == "1"
+SMALL, BIG = b"P5\n128 64\n1\n", b"P5\n256 64\n15\n"
+# Two LEDs share BRD25's panel supply (4_2) and ground (4_3) pins, so their
+# levels are the pin set-up's; a pin text that is no pin comes out escaped.
+LEDS = {"kLed_eth_gpio": ["5_3", None], "kLed_cpu_gpio": ["0", None], "kLed_hdmi_gpio": ["57", None],
+        "kLed_pwr_gpio": ["4_2", 1], "kLed_eth_onboard": ["0", None], "kLed_cpu_onboard": ["4_3", 0],
+        "kLed_hdmi_onboard": ['a"\\\tb', None]}
 
 
-class PanelOutput(E2ETest):
-    def files_of(self, settings, message=None):
-        box = self.box(files={"/data/oled.ini": settings})
-        box.start()
-        if message:
-            box.wait_for(message)
-        # The daemon's own start-up, with its signal handler in place.
-        box.wait_for("save config succeed")
-        box.signal(signal.SIGTERM)
-        self.assertEqual(box.wait(), 255)
-        return {name: open(os.path.join(box.out, name), "rb").read()
-                for name in ("panel.pgm", "panel.png") if os.path.exists(os.path.join(box.out, name))}
+def kind(number, *changes):
+    settings = CANONICAL_DEFAULTS.replace("OLed_a_kind_start=1", "OLed_a_kind_start=" + number)
+    for old, new in changes:
+        settings = settings.replace(old, new)
+    return {"/data/oled.ini": settings}
 
-    def test_panel_kind_decides_the_image(self):
-        for kind, header, size in (("0", b"P5\n256 64\n15\n", 256 * 64), ("4", b"P5\n128 64\n1\n", 128 * 64),
-                                   ("2", None, 0)):
-            with self.subTest(kind=kind):
-                files = self.files_of(CANONICAL_DEFAULTS.replace("OLed_a_kind_start=1", "OLed_a_kind_start=" + kind))
+
+class PanelAndLedOutputs(E2ETest):
+    def test_output_files_follow_the_settings(self):
+        cases = (
+            ("BRD25", {"/data/oled.ini": "".join("%s=%s\n" % (k, v[0]) for k, v in LEDS.items())}, SMALL, None),
+            (None, kind("0"), BIG, None),
+            (None, kind("2"), None, None),
+            (None, kind("3", ("OLed_ba_CS_MUX=3_5", "OLed_ba_CS_MUX=none")), None,
+             "no 0.96 small oled wired: a pin of the panel is not set"),
+        )
+        for board, files, header, message in cases:
+            with self.subTest(board=board, kind=files["/data/oled.ini"][:60]):
+                box = self.box(board=board, files=files)
+                box.start()
+                box.wait_for(message or "save config succeed")
+                box.wait_for("save config succeed")
+                box.signal(signal.SIGTERM)
+                self.assertEqual(box.wait(), 255)
+                out = {name: open(os.path.join(box.out, name), "rb").read()
+                       for name in ("panel.pgm", "panel.png", "leds.json") if os.path.exists(os.path.join(box.out, name))}
                 if header is None:
-                    self.assertEqual(files, {})
+                    self.assertNotIn("panel.pgm", out)
+                    self.assertNotIn("panel.png", out)
                     continue
-                self.assertEqual(files["panel.pgm"][:len(header)], header)
-                self.assertEqual(len(files["panel.pgm"]), len(header) + size)
-                if WRITES_PNG:
-                    self.assertEqual(files["panel.png"][:8], b"\x89PNG\r\n\x1a\n")
-                else:
-                    self.assertNotIn("panel.png", files)
-
-    def test_unnamed_pin_is_reported(self):
-        settings = CANONICAL_DEFAULTS.replace("OLed_a_kind_start=1", "OLed_a_kind_start=3").replace(
-            "OLed_ba_CS_MUX=3_5", "OLed_ba_CS_MUX=none")
-        self.assertEqual(self.files_of(settings, "no 0.96 small oled wired: a pin of the panel is not set"), {})
+                self.assertEqual(out["panel.pgm"][:len(header)], header)
+                self.assertEqual(len(out["panel.pgm"]), len(header) + (128 if header == SMALL else 256) * 64)
+                self.assertEqual(out.get("panel.png", b"")[:8], b"\x89PNG\r\n\x1a\n" if WRITES_PNG else b"")
+                if board:
+                    # Both sets are lit by a low level (the default on-levels are 0).
+                    self.assertEqual(json.loads(out["leds.json"]), {
+                        key: {"pin": pin, "level": level, "on": None if level is None else level == 0}
+                        for key, (pin, level) in LEDS.items()})
 
 
 if __name__ == "__main__":

@@ -2,33 +2,20 @@
 
 #include <stdlib.h>
 
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
 #include "box_settings.h"
 #include "bus_lines.h"
-#include "gpio_master.h"
 #include "panel_attach.h"
+#include "pin_setup.h"
 #include "register_access.h"
 #include "runtime_settings.h"
+#include "singleton.h"
 #include "soc.h"
 
 namespace {
-
-// Pins away from the board defaults, so the test names every line itself.
-const char* const kData = "5_1";
-const char* const kClock = "5_2";
-const char* const kChipSelect = "6_3";
-const char* const kDataCommand = "6_4";
-const char* const kReset = "6_5";
-
-void bind_line(const char* text, unsigned int* addr, unsigned int* high, unsigned int* low)
-{
-    int group = 0;
-    int bit = 0;
-    ASSERT_TRUE(parse_pin(text, &group, &bit));
-    GPIOMaster gpio;
-    gpio.pin_mux_gpio(group, bit);
-    gpio.set_gpio_direction(group, bit, 1);
-    gpio.get_gpio_addr(group, bit, addr, high, low);
-}
 
 void unbind_lines()
 {
@@ -52,26 +39,24 @@ void PanelOnSoc::TearDown()
     oled_type = 0;
 }
 
+// The bus set up by the daemon's own pin set-up, on pins away from the
+// board defaults, so the test names every line itself.
 void PanelOnSoc::wire(int type)
 {
+    typedef SoftwareConfig C;
+    const std::pair<C::SoftWareConfigID, const char*> pins[] = {
+        {C::OLed_ba_SDINMUX, "5_1"}, {C::OLed_ba_SCLKMUX, "5_2"}, {C::OLed_ba_CS_MUX, "6_3"},
+        {C::OLed_ba_DC_MUX, "6_4"},  {C::OLed_ba_RES_MUX, "6_5"}, {C::OLed_sml_SDINMUX, "5_1"},
+        {C::OLed_sml_SCLKMUX, "5_2"}, {C::OLed_sml_VCCMUX, "0"},   {C::OLed_sml_GNDMUX, "0"}};
     BoxSettings box;
     box.values = SoftwareConfig::DefaultValues("");
-    box.values[SoftwareConfig::OLed_a_kind_start] = std::to_string(type);
-    box.values[SoftwareConfig::OLed_ba_SDINMUX] = kData;
-    box.values[SoftwareConfig::OLed_ba_SCLKMUX] = kClock;
-    box.values[SoftwareConfig::OLed_ba_CS_MUX] = kChipSelect;
-    box.values[SoftwareConfig::OLed_ba_DC_MUX] = kDataCommand;
-    box.values[SoftwareConfig::OLed_ba_RES_MUX] = kReset;
-    box.values[SoftwareConfig::OLed_sml_SDINMUX] = kData;
-    box.values[SoftwareConfig::OLed_sml_SCLKMUX] = kClock;
-    bind_line(kData, &SDA, &SDA_H, &SDA_L);
-    bind_line(kClock, &SCL, &SCL_H, &SCL_L);
-    const bool four_wire = type == 0 || type == 3 || type == 6;
-    if (four_wire) {
-        bind_line(kChipSelect, &CS, &CS_H, &CS_L);
-        bind_line(kDataCommand, &DC, &DC_H, &DC_L);
-        bind_line(kReset, &RES, &RES_H, &RES_L);
+    box.values[C::OLed_a_kind_start] = std::to_string(type);
+    for (const auto& pin : pins) {
+        box.values[pin.first] = pin.second;
+        Singleton<SoftwareConfig>::instance()->SetConfig(pin.first, pin.second);
     }
+    oled_type = type;
+    oled_gpio_init();
     std::shared_ptr<Recorder> recorder = recorder_;
     panel_ = attach_panel(box, [recorder](bool data, uint8_t byte) {
         recorder->bytes.push_back(Byte(data, byte));
@@ -80,8 +65,7 @@ void PanelOnSoc::wire(int type)
             recorder->hook(*recorder);
         }
     });
-    oled_type = type;
-    if (four_wire) {
+    if (type == 0 || type == 3 || type == 6) {
         // Out of reset, as after the driver's reset pulse.
         set_reg(RES, RES_H);
     }
@@ -129,4 +113,31 @@ std::vector<std::pair<bool, uint8_t> > commands(const std::string& hex)
         p = end;
     }
     return out;
+}
+
+void PanelOnSoc::expect_panel(const std::string& name) const
+{
+    expect_picture(name, panel_->width(), static_cast<int>(panel_->pixels().size()) / panel_->width(),
+                   panel_->width() == 256 ? 15 : 1, panel_->pixels());
+}
+
+void expect_picture(const std::string& name, int width, int height, int maxval, const std::vector<uint8_t>& pixels)
+{
+    const std::string path = std::string(OLED_PICTURES) + "/" + name + ".pgm";
+    std::ostringstream header;
+    header << "P5\n" << width << " " << height << "\n" << maxval << "\n";
+    const std::string picture = header.str() + std::string(pixels.begin(), pixels.end());
+    const char* update = getenv("OLEDD_UPDATE_PICTURES");
+    if (update != nullptr && update[0] == '1') {
+        std::ofstream(path, std::ios::binary) << picture;
+        return;
+    }
+    std::ifstream in(path, std::ios::binary);
+    const std::string reference((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    ASSERT_EQ(header.str(), reference.substr(0, header.str().size())) << path;
+    ASSERT_EQ(picture.size(), reference.size()) << path;
+    for (size_t i = 0; i < pixels.size(); ++i) {
+        ASSERT_EQ(reference[header.str().size() + i], picture[header.str().size() + i])
+            << path << ": first difference at x " << i % width << ", y " << i / width;
+    }
 }

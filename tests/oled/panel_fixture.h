@@ -33,6 +33,8 @@ protected:
     int pixel(int x, int y) const;
     // Monochrome RAM byte of page p, column x (bit 0 the top row).
     uint8_t page_byte(int page, int x) const;
+    // The whole panel against a reference picture.
+    void expect_panel(const std::string& name) const;
 
     struct Recorder {
         std::vector<Byte> bytes;
@@ -44,6 +46,12 @@ protected:
     std::shared_ptr<PanelController> panel_;
     std::shared_ptr<Recorder> recorder_;
 };
+
+// Compares pixels (width x height, levels 0..maxval) with the reference
+// picture tests/oled/pictures/NAME.pgm. Run with OLEDD_UPDATE_PICTURES=1 to
+// write the references instead, then look at every changed one (convert to
+// PNG) before committing it.
+void expect_picture(const std::string& name, int width, int height, int maxval, const std::vector<uint8_t>& pixels);
 
 // Commands from text of hexadecimal bytes ("AE 00 10").
 std::vector<std::pair<bool, uint8_t> > commands(const std::string& hex);

@@ -4,7 +4,6 @@
 #include <string.h>
 
 #include "capture_stdout.h"
-#include "font_tables.h"
 #include "oled_master.h"
 #include "panel_fixture.h"
 #include "runtime_settings.h"
@@ -89,60 +88,6 @@ TEST_F(SmallPanel, TypesWithoutSmallPanelSendAndPrintNothing)
     }
 }
 
-TEST_F(SmallPanel, LargeTextIsEightColumnsPerDrawableCharacter)
-{
-    wire(4);
-    oled_.ShowOLEDString(10, 2, text("A:1"), 3);
-    EXPECT_EQ(48u, data_of(take()).size());
-    for (int i = 0; i < 7; ++i) {
-        EXPECT_EQ((kCapital7x12[i] << 4) & 0xF0, page_byte(2, 10 + i));
-        EXPECT_EQ((kCapital7x12[i] >> 4) & 0xFF, page_byte(3, 10 + i));
-        EXPECT_EQ((kDigit7x12[7 + i] << 4) & 0xF0, page_byte(2, 26 + i));
-        EXPECT_EQ((kDigit7x12[7 + i] >> 4) & 0xFF, page_byte(3, 26 + i));
-    }
-    for (int x = 17; x < 26; ++x) {
-        EXPECT_EQ(0, page_byte(2, x) | page_byte(3, x)) << x;
-    }
-
-    // A lower-case letter is a single blank column on each page.
-    oled_.ShowOLEDString(0, 4, text("AaA"), 3);
-    EXPECT_EQ(34u, data_of(take()).size());
-    EXPECT_EQ(page_byte(4, 0), page_byte(4, 9));
-    EXPECT_EQ(page_byte(5, 6), page_byte(5, 15));
-    EXPECT_EQ(0xFE, page_byte(5, 9));
-}
-
-TEST_F(SmallPanel, LargeTextPunctuationHasItsOwnMarks)
-{
-    wire(3);
-    oled_.ShowOLEDString(0, 0, text("._! "), 4);
-    const uint8_t upper[] = {0, 0, 0, 0, 0, 0, 0, 0,  0, 0, 0, 0, 0, 0, 0, 0,
-                             0, 0xFF, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
-    const uint8_t lower[] = {0, 0x80, 0, 0, 0, 0, 0, 0, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0,
-                             0, 0x90, 0, 0, 0, 0, 0, 0, 0,    0,    0,    0,    0,    0,    0,    0};
-    for (int x = 0; x < 32; ++x) {
-        EXPECT_EQ(upper[x], page_byte(0, x)) << x;
-        EXPECT_EQ(lower[x], page_byte(1, x)) << x;
-    }
-}
-
-TEST_F(SmallPanel, SmallTextIsProportional)
-{
-    wire(5);
-    oled_.ShowOLEDSmallString(0, 1, text("il"), 2);
-    const std::vector<uint8_t> sent = data_of(take());
-    const std::vector<uint8_t> expected = {static_cast<uint8_t>(kAscii5x7[('i' - 32) * 5 + 2]), 0,
-                                           static_cast<uint8_t>(kAscii5x7[('l' - 32) * 5 + 2]), 0};
-    EXPECT_EQ(expected, sent);
-
-    // j, 1, I keep columns 1..3; r columns 0..3; others all five; a control
-    // character only its spacer.
-    oled_.ShowOLEDSmallString(0, 2, text("j1Ir\tW"), 6);
-    EXPECT_EQ(4u + 4 + 4 + 5 + 1 + 6, data_of(take()).size());
-    EXPECT_EQ(kAscii5x7[('j' - 32) * 5 + 1] & 0xFF, page_byte(2, 0));
-    EXPECT_EQ(kAscii5x7[('W' - 32) * 5 + 0] & 0xFF, page_byte(2, 18));
-}
-
 TEST_F(SmallPanel, ClearBlanksThePagesAsked)
 {
     wire(1);
@@ -163,19 +108,6 @@ TEST_F(SmallPanel, ClearBlanksThePagesAsked)
     EXPECT_TRUE(take().empty());
     oled_.ShowOLEDClear(0, 8);
     EXPECT_EQ(0, page_byte(7, 1));
-}
-
-TEST_F(SmallPanel, CustomIconsSitEighteenColumnsApart)
-{
-    wire(4);
-    oled_.ShowOLEDCustom(20, 3, text("05"), 2);
-    for (int i = 0; i < 16; ++i) {
-        EXPECT_EQ(kCustom16x16[i], page_byte(3, 20 + i));
-        EXPECT_EQ(kCustom16x16[16 + i], page_byte(4, 20 + i));
-        EXPECT_EQ(kCustom16x16[5 * 32 + i], page_byte(3, 38 + i));
-        EXPECT_EQ(kCustom16x16[5 * 32 + 16 + i], page_byte(4, 38 + i));
-    }
-    EXPECT_EQ(0, page_byte(3, 36) | page_byte(3, 37));
 }
 
 TEST_F(SmallPanel, OlderAddressingShiftsThePageByFive)
