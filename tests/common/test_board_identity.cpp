@@ -6,7 +6,7 @@
 #include "capture_stdout.h"
 #include "temp_root.h"
 
-TEST(BoardIdentity, AnOverlongIdentifierIsCutToTheBuffer)
+TEST(BoardIdentity, OverlongIdentifierIsCutAndTextSearchFindsTheQuotedOne)
 {
     TempRoot root;
     const std::string name(300, 'B');
@@ -15,11 +15,7 @@ TEST(BoardIdentity, AnOverlongIdentifierIsCutToTheBuffer)
     CaptureStdout quiet;
     get_hw_version(board);
     EXPECT_EQ(board, name.substr(0, kBoardIdSize - 1));
-}
 
-TEST(BoardIdentity, TextSearchReaderFindsTheQuotedIdentifier)
-{
-    TempRoot root;
     root.write("/version/hardware_info", "{\"board\": \"BRD07\", \"x\":1}\n");
     root.write("/media/version/hardware_info", "no board here\n");
     std::string result;

@@ -2,50 +2,33 @@
 
 #include <algorithm>
 
-#include "capture_stdout.h"
 #include "file_helpers.h"
 #include "temp_root.h"
-
-namespace {
-
-std::vector<std::string> split(const std::string& text, const std::string& sep)
-{
-    std::vector<std::string> list;
-    SplitString(text, list, sep);
-    return list;
-}
-
-}  // namespace
 
 TEST(SplitString, KeepsInnerEmptyPiecesButNoTrailingOne)
 {
     typedef std::vector<std::string> V;
-    EXPECT_EQ(split("4_2", "_"), (V{"4", "2"}));
-    EXPECT_EQ(split("a||b", "|"), (V{"a", "", "b"}));
-    EXPECT_EQ(split("|a", "|"), (V{"", "a"}));
-    EXPECT_EQ(split("a|b|", "|"), (V{"a", "b"}));
-    EXPECT_EQ(split("", "|"), V{});
-    EXPECT_EQ(split("0", "_"), V{"0"});
-    EXPECT_EQ(split("|", "|"), V{""});
-    EXPECT_EQ(split("a::b", "::"), (V{"a", "b"}));
-
+    const std::pair<const char*, V> cases[] = {{"4|2", {"4", "2"}}, {"a||b", {"a", "", "b"}}, {"|a", {"", "a"}},
+                                               {"a|b|", {"a", "b"}}, {"", {}}, {"|", {""}}};
+    for (const auto& c : cases) {
+        V list;
+        SplitString(c.first, list, "|");
+        EXPECT_EQ(list, c.second) << c.first;
+    }
     V list{"kept"};
-    SplitString("x|y", list, "|");
-    EXPECT_EQ(list, (V{"kept", "x", "y"}));
+    SplitString("a::b", list, "::");
+    EXPECT_EQ(list, (V{"kept", "a", "b"}));
 }
 
 TEST(Str2Int, AcceptsOnlyALeadingDigitOrMinusDigit)
 {
-    EXPECT_EQ(str2int(""), -1);
-    EXPECT_EQ(str2int("abc"), -1);
-    EXPECT_EQ(str2int(" 5"), -1);
-    EXPECT_EQ(str2int("+5"), -1);
-    EXPECT_EQ(str2int("-"), -1);
-    EXPECT_EQ(str2int("-7x"), -7);
-    EXPECT_EQ(str2int("4_2"), 4);
-    EXPECT_EQ(str2int("0x10"), 0);
-    EXPECT_EQ(str2int("99999999999"), 2147483647);
-    EXPECT_EQ(str2int("-99999999999"), -2147483647 - 1);
+    const std::pair<const char*, int> cases[] = {{"", -1},       {"abc", -1}, {" 5", -1},
+                                                 {"+5", -1},     {"-", -1},   {"-7x", -7},
+                                                 {"0x10", 0},    {"99999999999", 2147483647},
+                                                 {"-99999999999", -2147483647 - 1}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(str2int(c.first), c.second) << c.first;
+    }
 }
 
 TEST(ReadSthFile, StripsOneLineFeedAndSaysNullForAMissingFile)

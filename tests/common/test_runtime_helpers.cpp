@@ -2,14 +2,12 @@
 
 #include <sys/ipc.h>
 #include <sys/msg.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <thread>
 #include <vector>
 
 #include "capture_stdout.h"
-#include "create_thread.h"
 #include "durable_file.h"
 #include "message_queue.h"
 #include "singleton.h"
@@ -23,14 +21,6 @@ struct Counted {
     Counted() { ++constructed; }
     int value = 42;
 };
-
-std::atomic<int> ran(0);
-
-void* mark_ran(void* arg)
-{
-    ran.store(*static_cast<int*>(arg));
-    return nullptr;
-}
 
 }  // namespace
 
@@ -49,17 +39,6 @@ TEST(Singleton, CreatesOneInstanceEvenWhenThreadsRace)
         EXPECT_EQ(p, seen[0]);
     }
     EXPECT_EQ(Singleton<Counted>::instance()->value, 42);
-}
-
-TEST(CreateThread, StartsADetachedThreadWithItsArgument)
-{
-    int value = 7;
-    pthread_t tid = CreateThread(mark_ran, 10, SCHED_FIFO, 1, &value);
-    ASSERT_NE(tid, static_cast<pthread_t>(0));
-    for (int i = 0; i < 200 && ran.load() == 0; ++i) {
-        usleep(5000);
-    }
-    EXPECT_EQ(ran.load(), 7);
 }
 
 // The fallback for a folder that takes no new file is the settings

@@ -112,9 +112,9 @@ class SimBox:
     """One simulated appliance: a root folder, an output folder and an
     oledd-sim process whose standard output is collected."""
 
-    def __init__(self, netns=None, files=None, board=None, program=None):
+    def __init__(self, netns=None, files=None, board=None):
         self.netns = netns
-        self.program = program or os.path.join(BIN_DIR, "oledd-sim")
+        self.program = os.path.join(BIN_DIR, "oledd-sim")
         self.root = tempfile.mkdtemp(prefix="oledt-root-")
         self.out = tempfile.mkdtemp(prefix="oledt-out-")
         self.proc = None
@@ -142,10 +142,8 @@ class SimBox:
         with open(self.host(box_path), "rb" if binary else "r") as f:
             return f.read()
 
-    def start(self, *extra, user=None):
+    def start(self, *extra):
         argv = EMULATOR + [self.program, "--root", self.root, "--out", self.out] + list(extra)
-        if user is not None:
-            argv = ["setpriv", "--reuid=%d" % user, "--regid=%d" % user, "--clear-groups"] + argv
         if self.netns is not None:
             argv = self.netns.exec_args(argv)
         self.proc = subprocess.Popen(argv, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
@@ -181,8 +179,8 @@ class SimBox:
         raise AssertionError("no line with %r in output:\n%s" % (text, "\n".join(self.output()[-60:])))
 
     def signal(self, sig=signal.SIGTERM):
-        # ip netns exec and setpriv run the program in place (exec): the
-        # pid is the daemon's own.
+        # ip netns exec runs the program in place (exec): the pid is the
+        # daemon's own.
         self.proc.send_signal(sig)
 
     def wait(self, timeout=10.0):
@@ -242,7 +240,6 @@ class PeerTest(E2ETest):
         self.addCleanup(self.tool.close)
         self.tool.setsockopt(socket.IPPROTO_IP, socket.IP_MULTICAST_IF, socket.inet_aton(PEER))
         self.settles = 0
-        self.settled_at = 0
 
     def send(self, payload, to=BOX, sock=None):
         (sock or self.tool).sendto(payload if isinstance(payload, bytes) else payload.encode("latin-1"), (to, PORT))
@@ -250,8 +247,7 @@ class PeerTest(E2ETest):
     def settle(self, timeout=20.0):
         """Sends a marked query until it is handled; every datagram sent
         before it has then been handled or dropped (one socket, in order).
-        Returns its reply; self.settled_at is the index of its first
-        output line."""
+        Returns its reply."""
         self.settles += 1
         tag = "%s:settle-%d" % (BOX, self.settles)
         deadline = time.time() + timeout
@@ -267,7 +263,6 @@ class PeerTest(E2ETest):
                     raise
                 wait = min(0.5, wait * 2)
         self.sim.wait_for(SAVED, after=at)
-        self.settled_at = at
         reply = None
         self.tool.settimeout(3.0)
         while True:

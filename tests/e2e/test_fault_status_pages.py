@@ -27,38 +27,21 @@ def good(path):
 
 def page_variant(rng, path):
     """New content for a status page, or None to remove it."""
-    choice = rng.randrange(8)
-    if choice == 0:
-        return None
-    if choice == 1:
-        return b""
-    if choice == 2:
-        return bytes(rng.randrange(256) for _ in range(rng.randrange(1, 3000)))
-    if choice == 3:  # one huge line without a break
-        return good(path)[:40] + b"9" * HUGE
-    if choice == 4:  # huge page of repeated rows
-        return good(path) * (HUGE // max(1, len(good(path))))
-    if choice == 5:  # cut in the middle of a row
-        data = good(path)
-        return data[:rng.randrange(len(data) + 1)]
-    return good(path)
+    data = good(path)
+    return (lambda: None, lambda: b"",
+            lambda: bytes(rng.randrange(256) for _ in range(rng.randrange(1, 3000))),
+            lambda: data[:40] + b"9" * HUGE,  # one huge line without a break
+            lambda: data * (HUGE // max(1, len(data))),  # huge page of repeated rows
+            lambda: data[:rng.randrange(len(data) + 1)],  # cut in the middle of a row
+            lambda: data, lambda: data)[rng.randrange(8)]()
 
 
 def tool_variant(rng, path):
     """A stand-in tool that prints garbage, a lot, nothing, or the good
     text; or None to remove it; or a tool that cannot run."""
-    choice = rng.randrange(6)
-    if choice == 0:
-        return None, 0o755
-    if choice == 1:
-        return b"#!/bin/sh\nhead -c 3000 /dev/urandom\n", 0o755
-    if choice == 2:
-        return b"#!/bin/sh\nyes 'avg-cpu: 12345678901234567890 9' | head -c %d\n" % HUGE, 0o755
-    if choice == 3:
-        return b"#!/bin/sh\nexit 3\n", 0o755
-    if choice == 4:
-        return good(path), 0o644  # not executable
-    return good(path), 0o755
+    return rng.choice([(None, 0o755), (b"#!/bin/sh\nhead -c 3000 /dev/urandom\n", 0o755),
+                       (b"#!/bin/sh\nyes 'avg-cpu: 12345678901234567890 9' | head -c %d\n" % HUGE, 0o755),
+                       (b"#!/bin/sh\nexit 3\n", 0o755), (good(path), 0o644), (good(path), 0o755)])
 
 
 def write_in_place(host, content, mode):

@@ -42,18 +42,6 @@ class OperatorTool(OperatorSegment):
         silent = self.oledctl("get", "--box", "10.0.0.7", "--timeout", "0.5")
         self.assertEqual((silent.returncode, silent.stderr), (1, "oledctl: no answer from 10.0.0.7 within 0.5 s\n"))
 
-    def test_discover_lists_three_boxes_at_once(self):
-        for addr, sleep in (("10.0.0.10", 7), ("10.0.0.3", 4), ("10.0.0.2", 3)):
-            self.serving_box(addr, files={"/data/oled.ini": "OLed_a_sleep_tim=%d\nOLed_a_kind_start=0\n" % sleep})
-        found = self.oledctl("discover", "--timeout", "1.5")
-        self.assertEqual(found.returncode, 0, found.stderr)
-        pages = "pages=cpu,vi,ai,net,venc,temp,time leds=off"
-        self.assertEqual(found.stdout.splitlines(), [
-            "10.0.0.2        panel=big sleep=3 " + pages,
-            "10.0.0.3        panel=big sleep=4 " + pages,
-            "10.0.0.10       panel=big sleep=7 " + pages,
-        ])
-
     def test_bad_items_never_leave_the_pc_and_nothing_answers_a_listener(self):
         listener = Listener(self.station("10.0.0.5"), "10.0.0.5")
         self.addCleanup(listener.close)

@@ -57,10 +57,8 @@ class RoutedSubnets(OperatorSegment):
             return {addr: settings_printed(box) for addr, box in boxes.items()}
 
         before = printed()
-        for subnet in ("10.0.0.0/33", "10.0.0.0/8", "box7/24"):
-            refused = self.oledctl("discover", "--subnet", subnet)
-            self.assertEqual((refused.returncode, refused.stdout), (2, ""), subnet)
-            self.assertRegex(refused.stderr, r"^oledctl: subnet '%s': [^\n]+\n$" % subnet)
+        # Too wide a sweep is refused (the reasons are the unit test's).
+        self.assertEqual(self.oledctl("discover", "--subnet", "10.0.0.0/8").returncode, 2)
 
         def listed(*extra):
             found = self.oledctl("discover", "--timeout", "1", *extra)
@@ -69,7 +67,7 @@ class RoutedSubnets(OperatorSegment):
 
         self.assertEqual(listed(), ["10.0.0.5", "10.0.0.6"])
         self.assertEqual(listed("--subnet", REMOTE_SUBNET), ["10.0.0.5", "10.0.0.6", "10.1.0.5", "10.1.0.6"])
-        # The refused ones sent nothing; the group stayed on its segment.
+        # The refused sweep sent nothing; the group stayed on its segment.
         expected = {addr: before[addr] + (2 if addr.startswith("10.0.") else 1) for addr in boxes}
         eventually(lambda: printed() == expected, 2, lambda: "settings printed %r, expected %r" % (printed(), expected))
 

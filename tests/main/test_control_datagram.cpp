@@ -75,14 +75,7 @@ protected:
         return text;
     }
 
-    int count(const std::string& what) const
-    {
-        int n = 0;
-        for (size_t at = printed.find(what); at != std::string::npos; at = printed.find(what, at + 1)) {
-            ++n;
-        }
-        return n;
-    }
+    int count(const std::string& what) const { return occurrences(printed, what); }
 
     std::string settings_file() const { return root.read("/data/oled.ini"); }
 

@@ -24,7 +24,7 @@ std::string item(const char* ifname, N::IF_CONFIG which)
 
 }  // namespace
 
-TEST(GetNetworkInfo, LoopbackGivesEachItemAndTheAllLine)
+TEST(GetNetworkInfo, GivesEachItemOfAnInterfaceAndTheAllLine)
 {
     EXPECT_EQ(item("lo", N::IF_ADDR), "127.0.0.1");
     EXPECT_EQ(item("lo", N::IF_NETMASK), "255.0.0.0");
@@ -32,10 +32,8 @@ TEST(GetNetworkInfo, LoopbackGivesEachItemAndTheAllLine)
     EXPECT_EQ(item("lo", N::IF_ALL),
               "mac:00:00:00:00:00:00@ip:127.0.0.1@mask:255.0.0.0@braod:" + item("lo", N::IF_BRDADDR));
     EXPECT_EQ(item("lo", static_cast<N::IF_CONFIG>(0x8916)), "<false>");
-}
 
-TEST(GetNetworkInfo, MissingInterfaceFailsEveryItemButTheEmptyAllLine)
-{
+    // A missing interface fails every item but the empty all line.
     CaptureStdout out;
     CaptureStdout err(STDERR_FILENO);
     for (const char* name : {"nosuch0", "lo0", "l", "", static_cast<const char*>(nullptr)}) {

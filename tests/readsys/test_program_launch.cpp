@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "capture_stdout.h"
 #include "line_source.h"
 #include "probe_scene.h"
 #include "program_launch.h"
@@ -25,15 +26,6 @@ std::pair<std::string, int> read_all(const char* command, ProbeInput input)
         output += buffer;
     }
     return {output, in.close()};
-}
-
-int occurrences(const std::string& text, const std::string& what)
-{
-    int n = 0;
-    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) {
-        ++n;
-    }
-    return n;
 }
 
 }  // namespace

@@ -109,14 +109,6 @@ TEST_F(ConfigTest, IdentifiersOutsideTheTableAreRefused)
     EXPECT_EQ(config.GetConfig(C::OLed_a_small_n_buf), " raw|text=\n");
 }
 
-// What PrintConfig prints is checked end to end with the start-up messages.
-TEST_F(ConfigTest, DestructorSaysGoodbye)
-{
-    CaptureStdout out;
-    { SoftwareConfig config; }
-    EXPECT_EQ(out.text(), "make \"/data\" successfully\n[~SoftwareConfig]-216: SoftwareConfig Normal Exit!\n");
-}
-
 TEST_F(ConfigTest, UnchangedSettingsAreNotRewritten)
 {
     CaptureStdout quiet;
@@ -135,14 +127,19 @@ TEST_F(ConfigTest, UnchangedSettingsAreNotRewritten)
     EXPECT_NE(root.read("/data/oled.ini").find("\nOLed_a_cpu=0\n"), std::string::npos);
 }
 
+// What PrintConfig prints is checked end to end with the start-up messages.
 TEST_F(ConfigTest, AnUncreatableDataFolderPutsTheFileInTheWorkingDirectory)
 {
-    set_box_root(root.path() + "/missing/parent");
     CaptureStdout out;
-    SoftwareConfig config;
-    EXPECT_EQ(out.text(), "make \"/data\" errorly\n");
-    EXPECT_STREQ(filepath_, "./oled.ini");
+    { SoftwareConfig config; }
+    set_box_root(root.path() + "/missing/parent");
+    {
+        SoftwareConfig config;
+        EXPECT_STREQ(filepath_, "./oled.ini");
+    }
     set_box_root(root.path());
+    EXPECT_EQ(out.text(), "make \"/data\" successfully\n[~SoftwareConfig]-216: SoftwareConfig Normal Exit!\n"
+                          "make \"/data\" errorly\n[~SoftwareConfig]-216: SoftwareConfig Normal Exit!\n");
 }
 
 // Permissions bind only an unprivileged process, and the tests run as

@@ -36,3 +36,12 @@ std::string CaptureStdout::text()
     }
     return text_;
 }
+
+int occurrences(const std::string& text, const std::string& what)
+{
+    int n = 0;
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) {
+        ++n;
+    }
+    return n;
+}

@@ -26,4 +26,7 @@ private:
     bool done_;
 };
 
+// How often what stands in text, overlapping or not.
+int occurrences(const std::string& text, const std::string& what);
+
 #endif

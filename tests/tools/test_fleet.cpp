@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(FleetGuard, TokenMustMatchWhole) {
+TEST(FleetGuard, TokenHostOriginAndListenAddressAreChecked) {
     const std::string token = fleet::new_token();
     ASSERT_EQ(token.size(), 32u);
     EXPECT_EQ(token.find_first_not_of("0123456789abcdef"), std::string::npos);
@@ -18,9 +18,8 @@ TEST(FleetGuard, TokenMustMatchWhole) {
         EXPECT_FALSE(fleet::same_token(guess, token)) << guess;
     }
     EXPECT_FALSE(fleet::same_token("", ""));  // no token was made: nobody gets in
-}
 
-TEST(FleetGuard, OnlyAddressesAndLocalhostNameTheServer) {
+    // Only addresses and localhost name the server.
     for (const char* host : {"127.0.0.1:16180", "localhost:16180", "localhost", "10.0.0.100:80", "127.0.0.1"}) {
         EXPECT_TRUE(fleet::host_allowed(host)) << host;
     }
@@ -32,9 +31,8 @@ TEST(FleetGuard, OnlyAddressesAndLocalhostNameTheServer) {
     EXPECT_TRUE(fleet::origin_allowed("http://127.0.0.1:16180", "127.0.0.1:16180"));
     EXPECT_FALSE(fleet::origin_allowed("http://evil.example", "127.0.0.1:16180"));
     EXPECT_FALSE(fleet::origin_allowed("null", "127.0.0.1:16180"));
-}
 
-TEST(FleetGuard, ListenAddressIsIpv4WithAnOptionalPort) {
+    // The listen address is IPv4 with an optional port.
     std::string address;
     int port = 0;
     EXPECT_EQ(fleet::parse_listen("127.0.0.1", address, port), "");
