@@ -118,13 +118,11 @@ class SimBox:
     def host(self, box_path):
         return self.root + box_path
 
-    def write(self, box_path, content, mode=None):
+    def write(self, box_path, content):
         path = self.host(box_path)
         os.makedirs(os.path.dirname(path), exist_ok=True)
         with open(path, "wb" if isinstance(content, bytes) else "w") as f:
             f.write(content)
-        if mode is not None:
-            os.chmod(path, mode)
 
     def read(self, box_path, binary=False):
         with open(self.host(box_path), "rb" if binary else "r") as f:
