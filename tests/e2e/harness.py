@@ -51,15 +51,10 @@ class Netns:
         return ["ip", "netns", "exec", self.name] + list(argv)
 
     def udp_socket(self, address="0.0.0.0", port=0):
-        """A UDP socket that lives in this namespace (the socket keeps it),
-        bound to address:port."""
+        """A UDP socket bound in this namespace (the socket keeps it)."""
         with self.entered():
             sock = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
-        try:
-            sock.bind((address, port))
-        except OSError:
-            sock.close()
-            raise
+        sock.bind((address, port))
         return sock
 
     @contextlib.contextmanager
@@ -67,28 +62,21 @@ class Netns:
         """The calling thread works inside this namespace meanwhile: its
         sockets and the processes it starts (a browser) live there."""
         home = os.open("/proc/thread-self/ns/net", os.O_RDONLY)
+        there = os.open("/var/run/netns/" + self.name, os.O_RDONLY)
         try:
-            _setns("/var/run/netns/" + self.name)
+            if _libc.setns(there, _CLONE_NEWNET) != 0:
+                raise OSError(ctypes.get_errno(), "setns into " + self.name)
             try:
                 yield
             finally:
                 if _libc.setns(home, _CLONE_NEWNET) != 0:
                     raise OSError(ctypes.get_errno(), "setns back home")
         finally:
+            os.close(there)
             os.close(home)
 
     def close(self):
         run("ip", "netns", "del", self.name, check=False)
-
-
-def _setns(path):
-    """Moves the calling thread into the network namespace at path."""
-    fd = os.open(path, os.O_RDONLY)
-    try:
-        if _libc.setns(fd, _CLONE_NEWNET) != 0:
-            raise OSError(ctypes.get_errno(), "setns into " + path)
-    finally:
-        os.close(fd)
 
 
 def link(box_ns, box_if, box_addr, peer_ns, peer_if, peer_addrs, group_route=True):
@@ -130,13 +118,11 @@ class SimBox:
     def host(self, box_path):
         return self.root + box_path
 
-    def write(self, box_path, content, mode=None):
+    def write(self, box_path, content):
         path = self.host(box_path)
         os.makedirs(os.path.dirname(path), exist_ok=True)
         with open(path, "wb" if isinstance(content, bytes) else "w") as f:
             f.write(content)
-        if mode is not None:
-            os.chmod(path, mode)
 
     def read(self, box_path, binary=False):
         with open(self.host(box_path), "rb" if binary else "r") as f:
@@ -179,9 +165,7 @@ class SimBox:
         raise AssertionError("no line with %r in output:\n%s" % (text, "\n".join(self.output()[-60:])))
 
     def signal(self, sig=signal.SIGTERM):
-        # ip netns exec runs the program in place (exec): the pid is the
-        # daemon's own.
-        self.proc.send_signal(sig)
+        self.proc.send_signal(sig)  # ip netns exec execs: the pid is the daemon's
 
     def wait(self, timeout=10.0):
         status = self.proc.wait(timeout=timeout)
@@ -210,8 +194,8 @@ class E2ETest(unittest.TestCase):
         self.netns = Netns()
         self.addCleanup(self.netns.close)
 
-    def box(self, netns=None, kind=None, **kw):
-        b = (kind or SimBox)(netns=netns or self.netns, **kw)
+    def box(self, netns=None, **kw):
+        b = SimBox(netns=netns or self.netns, **kw)
         self.addCleanup(b.close)
         return b
 
@@ -300,13 +284,9 @@ def eventually(check, timeout, what, every=0.05):
         time.sleep(every)
 
 
-def run_tool(netns, name, *args, timeout=30):
-    """Runs one of the built programs (oledctl, oled-logo) inside netns, or
-    on the host when netns is None; the finished process, text output."""
-    argv = [os.path.join(BIN_DIR, name)] + list(args)
-    if netns is not None:
-        argv = netns.exec_args(argv)
-    return run(*argv, check=False, timeout=timeout)
+def run_tool(netns, name, *args):
+    """One of the built programs run to its end inside netns."""
+    return run(*netns.exec_args([os.path.join(BIN_DIR, name)] + list(args)), check=False, timeout=30)
 
 
 def main():

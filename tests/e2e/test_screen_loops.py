@@ -5,7 +5,7 @@ its next pass, and a small-screen loop with nothing to show rests."""
 import os
 import time
 
-from harness import main
+from harness import eventually, main
 from loop_box import LoopTest, read_pgm
 
 OFF = dict(OLed_a_cpu=0, OLed_a_vi=0, OLed_a_ai=0, OLed_a_net=0, OLed_a_venc=0, OLed_a_temp=0, OLed_a_start=0)
@@ -20,7 +20,7 @@ class ScreenLoops(LoopTest):
         self.sim.wait_for("oled_big_loop")
         expected = read_pgm(PICTURE)[2][:64]
         self.send("oled_string=CUSTOM|oled_str_en=1")
-        self.wait_until(lambda: read_pgm(self.sim.out + "/panel.pgm")[2] == expected, 30, "custom text shown")
+        eventually(lambda: read_pgm(self.sim.out + "/panel.pgm")[2] == expected, 30, "custom text shown")
 
     def test_small_screen_loop_with_nothing_to_show_rests(self):
         # A panel kind without a layout and no pause of its own.

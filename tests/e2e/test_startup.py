@@ -49,20 +49,17 @@ class StartUp(E2ETest):
 
     def test_board_file_variants(self):
         cases = {
-            '{"board":"BRD25"}': (["BRD25"], "OLed_sml_SDINMUX=4_0\n", "kSwitch_gpio=7_6\n"),
-            '{"Board":"BRD25"}': ([FAILED, ""], "OLed_sml_SDINMUX=4_2\n", "kSwitch_gpio=0\n"),
-            '{"board":25}': ([""], "OLed_sml_SDINMUX=4_2\n", "kSwitch_gpio=0\n"),
-            '{"board": BRD25}': (["[GetJsonValue]-83: Error before: BRD25}" + FAILED, ""], "OLed_sml_SDINMUX=4_2\n",
-                                 "kSwitch_gpio=0\n"),
+            '{"board":"BRD25"}': ["BRD25"],
+            '{"Board":"BRD25"}': [FAILED, ""],
+            '{"board":25}': [""],
+            '{"board": BRD25}': ["[GetJsonValue]-83: Error before: BRD25}" + FAILED, ""],
         }
-        for content, (first_lines, pins, switch) in cases.items():
+        for content, first_lines in cases.items():
             with self.subTest(board_file=content):
                 box = self.box(files={"/version/hardware_info": content})
-                out = self.start_and_stop(box)
-                self.assertEqual(out[:len(first_lines)], first_lines)
-                saved = box.read("/data/oled.ini")
-                self.assertIn(pins, saved)
-                self.assertTrue(saved.endswith(switch))
+                self.assertEqual(self.start_and_stop(box)[:len(first_lines)], first_lines)
+                # Only a board that was read gets its own pins.
+                self.assertEqual("OLed_sml_SDINMUX=4_0\n" in box.read("/data/oled.ini"), first_lines == ["BRD25"])
 
 
 if __name__ == "__main__":

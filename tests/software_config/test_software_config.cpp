@@ -103,10 +103,6 @@ TEST_F(ConfigTest, IdentifiersOutsideTheTableAreRefused)
     EXPECT_FALSE(config.SetConfig(static_cast<C::SoftWareConfigID>(38), "x"));
     EXPECT_FALSE(config.SetConfig(static_cast<C::SoftWareConfigID>(-1), 3));
     EXPECT_EQ(config.Serialize(), before);
-    EXPECT_TRUE(config.SetConfig(C::OLed_a_sleep_tim, -5));
-    EXPECT_EQ(config.GetConfig(C::OLed_a_sleep_tim), "-5");
-    EXPECT_TRUE(config.SetConfig(C::OLed_a_small_n_buf, std::string(" raw|text=\n")));
-    EXPECT_EQ(config.GetConfig(C::OLed_a_small_n_buf), " raw|text=\n");
 }
 
 TEST_F(ConfigTest, UnchangedSettingsAreNotRewritten)

@@ -27,7 +27,6 @@ TEST(Protocol, AcceptsWellFormedItemsAndRefusesOthersWithAReason) {
     }
     const std::vector<std::pair<std::string, std::string>> cases = {
         {"bogus=1", "'bogus': unknown key (oledctl set --help lists the keys)"},
-        {"CPU=1", "'CPU': unknown key (oledctl set --help lists the keys)"},
         {"cpu", "'cpu': expected KEY=VALUE"},
         {"cpu=", "cpu: empty value"},
         {"cpu=2", "cpu: 2 is out of range 0..1"},
@@ -45,7 +44,7 @@ TEST(Protocol, AcceptsWellFormedItemsAndRefusesOthersWithAReason) {
         {"replyoled=10.0.0.1:9000", "replyoled: use 'oledctl get'"},
     };
     for (const auto& c : cases) EXPECT_EQ(protocol::check_item(c.first), c.second) << c.first;
-    for (const char* pin : {"25_0", "4_8", "4", "4_", "_2", "a_b", "4_2_1", "-1_2", "004_2", "4_02", "4-2"}) {
+    for (const char* pin : {"25_0", "4_8", "4_", "_2", "4_2_1", "-1_2", "004_2", "4-2"}) {
         EXPECT_EQ(protocol::check_item(std::string("sda=") + pin),
                   std::string("sda: '") + pin + "' is not a pin: GROUP_BIT (group 0..24, bit 0..7) or 0 for none");
     }
