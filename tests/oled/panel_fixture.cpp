@@ -15,27 +15,17 @@
 #include "singleton.h"
 #include "soc.h"
 
-namespace {
-
-void unbind_lines()
-{
-    SDA = SDA_H = SDA_L = SCL = SCL_H = SCL_L = CS = CS_H = CS_L = 0;
-    DC = DC_H = DC_L = RES = RES_H = RES_L = 0;
-}
-
-}  // namespace
-
 void PanelOnSoc::SetUp()
 {
-    SimSoc::instance().reset();
-    unbind_lines();
+    PanelOnSoc::TearDown();  // not a subclass's
     recorder_ = std::make_shared<Recorder>();
 }
 
 void PanelOnSoc::TearDown()
 {
     SimSoc::instance().reset();
-    unbind_lines();
+    SDA = SDA_H = SDA_L = SCL = SCL_H = SCL_L = CS = CS_H = CS_L = 0;
+    DC = DC_H = DC_L = RES = RES_H = RES_L = 0;
     oled_type = 0;
 }
 
@@ -92,15 +82,6 @@ std::vector<uint8_t> PanelOnSoc::data_of(const std::vector<Byte>& bytes)
 int PanelOnSoc::pixel(int x, int y) const
 {
     return panel_->pixels()[static_cast<size_t>(y * panel_->width() + x)];
-}
-
-uint8_t PanelOnSoc::page_byte(int page, int x) const
-{
-    uint8_t value = 0;
-    for (int row = 0; row < 8; ++row) {
-        value = static_cast<uint8_t>(value | (pixel(x, page * 8 + row) << row));
-    }
-    return value;
 }
 
 std::vector<std::pair<bool, uint8_t> > commands(const std::string& hex)

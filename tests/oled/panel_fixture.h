@@ -31,8 +31,6 @@ protected:
     static std::vector<uint8_t> data_of(const std::vector<Byte>& bytes);
     // Pixel (x, y) of the panel's RAM.
     int pixel(int x, int y) const;
-    // Monochrome RAM byte of page p, column x (bit 0 the top row).
-    uint8_t page_byte(int page, int x) const;
     // The whole panel against a reference picture.
     void expect_panel(const std::string& name) const;
 

@@ -1,8 +1,10 @@
 // The panel emulators on their own, fed hand-written pin sequences.
+#include <ctype.h>
 #include <gtest/gtest.h>
+#include <stdlib.h>
 
-#include <initializer_list>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,18 +18,8 @@ namespace {
 
 typedef std::vector<std::pair<bool, uint8_t> > Bytes;
 
-const SimPin kSda = {7, 1};
-const SimPin kScl = {7, 2};
-const SimPin kCs = {8, 0};
-const SimPin kDc = {8, 6};
-
-void set_pin(SimPin pin, int level)
-{
-    SimSoc& soc = SimSoc::instance();
-    const uint32_t base = 0x12150000 + static_cast<uint32_t>(pin.group) * 0x10000;
-    soc.store(base + 0x400, soc.load(base + 0x400) | (1u << pin.bit));
-    soc.store(base + (4u << pin.bit), static_cast<uint32_t>(level) << pin.bit);
-}
+// Data, clock, chip select and data/command.
+const SimPin kPins[] = {{7, 1}, {7, 2}, {8, 0}, {8, 6}};
 
 class Emulator : public ::testing::Test {
 protected:
@@ -43,92 +35,55 @@ protected:
     std::shared_ptr<Bytes> bytes_ = std::make_shared<Bytes>();
 };
 
-// Two-wire master, written out edge by edge.
-void start()
+// Drives the pins from a script: "d1", "c0", "s1", "m0" set data, clock,
+// chip select or data/command; "S" and "P" are a two-wire start and stop; a
+// hex byte is eight bits, then on two wires the ninth clock during which the
+// master lets data go high (the panel would be pulling it low), on four
+// wires framed by chip select.
+void drive(const std::string& script, bool four_wire)
 {
-    set_pin(kSda, 1);
-    set_pin(kScl, 1);
-    set_pin(kSda, 0);
-    set_pin(kScl, 0);
-}
-
-void stop()
-{
-    set_pin(kSda, 0);
-    set_pin(kScl, 1);
-    set_pin(kSda, 1);
-}
-
-// Eight bits, then the ninth clock during which the master lets the data
-// line go high (the panel would be pulling it low).
-void byte_with_ack(uint8_t b)
-{
-    for (int bit = 7; bit >= 0; --bit) {
-        set_pin(kSda, (b >> bit) & 1);
-        set_pin(kScl, 1);
-        set_pin(kScl, 0);
+    std::istringstream in(script);
+    std::string edges, token;
+    while (in >> token) {
+        if (islower(token[0]) || token == "S" || token == "P") {
+            edges += token == "S" ? "d1c1d0c0" : token == "P" ? "d0c1d1" : token;
+            continue;
+        }
+        const unsigned long byte = strtoul(token.c_str(), nullptr, 16);
+        edges += four_wire ? "s0" : "";
+        for (int bit = 7; bit >= 0; --bit) {
+            const std::string data = (byte >> bit) & 1 ? "d1" : "d0";
+            edges += four_wire ? "c0" + data + "c1" : data + "c1c0";
+        }
+        edges += four_wire ? "s1" : "c1d1c0";
     }
-    set_pin(kScl, 1);
-    set_pin(kSda, 1);
-    set_pin(kScl, 0);
-}
-
-void transaction(std::initializer_list<uint8_t> bytes)
-{
-    start();
-    for (uint8_t b : bytes) {
-        byte_with_ack(b);
+    SimSoc& soc = SimSoc::instance();
+    for (size_t i = 0; i + 1 < edges.size(); i += 2) {
+        const SimPin pin = kPins[std::string("dcsm").find(edges[i])];
+        const uint32_t base = 0x12150000 + static_cast<uint32_t>(pin.group) * 0x10000;
+        soc.store(base + 0x400, soc.load(base + 0x400) | (1u << pin.bit));
+        soc.store(base + (4u << pin.bit), static_cast<uint32_t>(edges[i + 1] - '0') << pin.bit);
     }
 }
 
 TEST_F(Emulator, TwoWireTakesAddressedTransactionsByControlByte)
 {
-    std::make_shared<TwoWireDecoder>(recorder())->attach(kSda, kScl);
-    transaction({0x78, 0x00, 0xA4});  // 0x78 and 0xA4 end on a 0 bit: the ack edge is no stop
-    stop();
-    transaction({0x78, 0x40, 0x3C, 0x81});
-    stop();
-    transaction({0x7A, 0x40, 0x55});  // another device
-    stop();
-    transaction({0x78, 0x80, 0xAF, 0x40, 0x11});  // 0x80: one command, then another control byte
-    set_pin(kSda, 1);  // a bit cut short by a stop
-    set_pin(kScl, 1);
-    set_pin(kScl, 0);
-    stop();
-    byte_with_ack(0x78);  // clocks outside a transaction are no bits
+    std::make_shared<TwoWireDecoder>(recorder())->attach(kPins[0], kPins[1]);
+    // 0x78 and 0xA4 end on a 0 bit: the ack edge is no stop. 0x7A is another
+    // device; control byte 0x80 is one command, then another control byte.
+    // Then a bit cut short by a stop, and clocks outside a transaction.
+    drive("S 78 00 A4 P S 78 40 3C 81 P S 7A 40 55 P S 78 80 AF 40 11 d1 c1 c0 P 78", false);
     const Bytes expected = {{false, 0xA4}, {true, 0x3C}, {true, 0x81}, {false, 0xAF}, {true, 0x11}};
     EXPECT_EQ(expected, *bytes_);
 }
 
-void four_wire_byte(uint8_t b, int dc)
-{
-    set_pin(kDc, dc);
-    set_pin(kCs, 0);
-    for (int bit = 7; bit >= 0; --bit) {
-        set_pin(kScl, 0);
-        set_pin(kSda, (b >> bit) & 1);
-        set_pin(kScl, 1);
-    }
-    set_pin(kCs, 1);
-}
-
 TEST_F(Emulator, FourWireFramesBitsWithChipSelect)
 {
-    set_pin(kCs, 1);
-    std::make_shared<FourWireDecoder>(recorder())->attach(kSda, kScl, kCs, kDc);
-    four_wire_byte(0xB0, 0);
-    four_wire_byte(0x5A, 1);
+    drive("s1", true);
+    std::make_shared<FourWireDecoder>(recorder())->attach(kPins[0], kPins[1], kPins[2], kPins[3]);
     // Clocks while deselected are ignored; a byte cut by chip select is
     // dropped and the next starts afresh.
-    set_pin(kScl, 0);
-    set_pin(kScl, 1);
-    set_pin(kCs, 0);
-    for (int i = 0; i < 3; ++i) {
-        set_pin(kScl, 0);
-        set_pin(kScl, 1);
-    }
-    set_pin(kCs, 1);
-    four_wire_byte(0x01, 1);
+    drive("m0 B0 m1 5A c0 c1 s0 c0 c1 c0 c1 c0 c1 s1 01", true);
     const Bytes expected = {{false, 0xB0}, {true, 0x5A}, {true, 0x01}};
     EXPECT_EQ(expected, *bytes_);
 }
