@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <png.h>
 #include <sys/wait.h>
 
 #include <cstdio>
@@ -16,14 +15,11 @@ struct ProgramRun {
 };
 
 ProgramRun oled_logo(const std::string& arguments) {
-    const std::string command = std::string(OLED_LOGO_PROGRAM) + " " + arguments + " 2>&1";
-    FILE* pipe = popen(command.c_str(), "r");
+    FILE* pipe = popen((std::string(OLED_LOGO_PROGRAM) + " " + arguments + " 2>&1").c_str(), "r");
     ProgramRun run{-1, ""};
-    if (pipe == nullptr) return run;
     char buffer[512];
-    size_t size = 0;
-    while ((size = fread(buffer, 1, sizeof buffer, pipe)) > 0) run.output.append(buffer, size);
-    const int status = pclose(pipe);
+    for (size_t size; pipe != nullptr && (size = fread(buffer, 1, sizeof buffer, pipe)) > 0;) run.output.append(buffer, size);
+    const int status = pipe != nullptr ? pclose(pipe) : -1;
     run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return run;
 }
@@ -40,13 +36,6 @@ TEST(OledLogoProgram, LogoSurvivesTheTripThroughPngByteForByte) {
         EXPECT_EQ(first.size(), 8192u);
         EXPECT_EQ(dir.read("/second.bin"), first);
     }
-    png_image check{};
-    check.version = PNG_IMAGE_VERSION;
-    ASSERT_NE(png_image_begin_read_from_file(&check, (d + "/check.png").c_str()), 0);
-    EXPECT_EQ(check.width, 256u);
-    EXPECT_EQ(check.height, 64u);
-    EXPECT_EQ(check.format, static_cast<png_uint_32>(PNG_FORMAT_GRAY));
-    png_image_free(&check);
 }
 
 TEST(OledLogoProgram, BadInputGivesOneLineAndFailure) {
