@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "pgm_render.h"
 
@@ -25,14 +26,12 @@ TEST(PgmView, BrokenFilesAreRefusedWithAReason)
 {
     GreyImage image;
     std::string error;
-    EXPECT_FALSE(parse_pgm("P6\n1 1\n255\nxyz", &image, &error));
-    EXPECT_EQ("not a binary PGM (no P5 header)", error);
-    EXPECT_FALSE(parse_pgm("P5\n4 4\n1\n\x01\x01", &image, &error));
-    EXPECT_EQ("PGM pixel data cut short", error);
-    EXPECT_FALSE(parse_pgm("P5\n4 4\n", &image, &error));
-    EXPECT_EQ("PGM header incomplete", error);
-    EXPECT_FALSE(parse_pgm("P5\n4 4\n300\n", &image, &error));
-    EXPECT_EQ("PGM size or maxval out of range", error);
+    for (const auto& c : std::vector<std::pair<std::string, std::string>>{
+             {"P6\n1 1\n255\nxyz", "not a binary PGM (no P5 header)"}, {"P5\n4 4\n1\n\x01\x01", "PGM pixel data cut short"},
+             {"P5\n4 4\n", "PGM header incomplete"}, {"P5\n4 4\n300\n", "PGM size or maxval out of range"}}) {
+        EXPECT_FALSE(parse_pgm(c.first, &image, &error)) << c.first;
+        EXPECT_EQ(c.second, error);
+    }
 }
 
 }  // namespace
