@@ -1,6 +1,5 @@
-"""The operator's side of the end-to-end tests: boxes and an operator's PC
-on one Ethernet segment (a bridge), and a listener standing where a box
-would."""
+"""Boxes and an operator's PC on one Ethernet segment (a bridge), and a
+listener standing where a box would."""
 
 import socket
 
@@ -8,9 +7,8 @@ from harness import E2ETest, Netns, eventually, link, run_tool
 
 
 class Segment:
-    """One Ethernet segment: a bridge in a namespace of its own, with
-    multicast snooping off so that every group datagram reaches every port
-    whether or not a join was seen."""
+    """A bridge in a namespace of its own; snooping off, every group
+    datagram reaches every port whether or not a join was seen."""
 
     def __init__(self):
         self.netns = Netns("seg")
@@ -19,8 +17,7 @@ class Segment:
         self.ports = 0
 
     def attach(self, netns, ifname, addr, group_route=True):
-        """Plugs netns into the segment through its interface ifname with
-        addr (CIDR); with group_route, group datagrams leave through it."""
+        """With group_route, netns's group datagrams leave through ifname."""
         self.ports += 1
         port = "port%d" % self.ports
         link(netns, ifname, addr, self.netns, port, [], group_route=False)
@@ -33,8 +30,7 @@ class Segment:
 
 
 class OperatorSegment(E2ETest):
-    """The operator's PC (self.netns, at OPERATOR) on a segment of its own,
-    and boxes each in a namespace plugged into it."""
+    """The operator's PC (self.netns, at OPERATOR) and boxes on one segment."""
 
     OPERATOR = "10.0.0.100"
 
@@ -45,15 +41,13 @@ class OperatorSegment(E2ETest):
         self.segment.attach(self.netns, "eth0", self.OPERATOR + "/24")
 
     def station(self, addr):
-        """A namespace on the segment whose eth0 has addr."""
         ns = Netns("box")
         self.addCleanup(ns.close)
         self.segment.attach(ns, "eth0", addr + "/24")
         return ns
 
     def serving_box(self, addr, files=None, netns=None):
-        """A started box answering at addr, on this segment unless it is
-        given the namespace to run in."""
+        """A started box answering at addr, on this segment unless given netns."""
         box = self.box(netns=netns or self.station(addr), files=files)
         box.start()
         box.wait_for("save config succeed")
@@ -64,24 +58,22 @@ class OperatorSegment(E2ETest):
     def oledctl(self, *args):
         return run_tool(self.netns, "oledctl", *args)
 
-    def wait_for_setting(self, box, line, timeout=5.0):
-        eventually(lambda: line in box.read("/data/oled.ini").splitlines(), timeout,
+    def wait_for_setting(self, box, line):
+        eventually(lambda: line in box.read("/data/oled.ini").splitlines(), 5,
                    lambda: "%s in:\n%s" % (line, box.read("/data/oled.ini")))
 
 
 class Listener:
-    """Stands where a box would: receives every datagram to the control
-    port, unicast or through the group, inside a namespace."""
+    """Receives every datagram to a box's control port, unicast or group."""
 
-    def __init__(self, netns, local_addr, port=16124, group="224.168.1.1"):
-        self.sock = netns.udp_socket("0.0.0.0", port)
+    def __init__(self, netns, local_addr):
+        self.sock = netns.udp_socket("0.0.0.0", 16124)
         self.sock.setsockopt(socket.IPPROTO_IP, socket.IP_ADD_MEMBERSHIP,
-                             socket.inet_aton(group) + socket.inet_aton(local_addr))
+                             socket.inet_aton("224.168.1.1") + socket.inet_aton(local_addr))
         self.sock.setblocking(False)
         self.datagrams = []
 
     def received(self):
-        """(source address, text) of every datagram so far."""
         while True:
             try:
                 data, source = self.sock.recvfrom(65536)
@@ -89,8 +81,8 @@ class Listener:
                 return list(self.datagrams)
             self.datagrams.append((source[0], data.decode("latin-1")))
 
-    def wait_for(self, text, timeout=5.0):
-        eventually(lambda: any(d[1] == text for d in self.received()), timeout,
+    def wait_for(self, text):
+        eventually(lambda: any(d[1] == text for d in self.received()), 5,
                    lambda: "datagram %r; got %r" % (text, self.received()), every=0.02)
 
     def close(self):

@@ -36,9 +36,8 @@ class InitScript(unittest.TestCase):
         os.makedirs(self.folder)
         with open(os.path.join(self.folder, "oledd"), "w") as f:
             f.write(FAKE_DAEMON)
-        os.chmod(os.path.join(self.folder, "oledd"), 0o755)
-        self.log = os.path.join(self.tmp, "events")
-        self.pidfile = os.path.join(self.tmp, "oledd.pid")
+            os.fchmod(f.fileno(), 0o755)
+        self.log, self.pidfile = os.path.join(self.tmp, "events"), os.path.join(self.tmp, "oledd.pid")
         self.env = dict(os.environ, OLEDD_DIR=self.folder, OLEDD_PIDFILE=self.pidfile, OLEDD_RESPAWN_PAUSE="0",
                         OLEDD_TEST_LOG=self.log)
         self.addCleanup(self.script, "stop")
@@ -49,9 +48,8 @@ class InitScript(unittest.TestCase):
         return result.returncode, result.stdout
 
     def events(self):
-        if not os.path.exists(self.log):
-            return []
-        with open(self.log) as f:
+        with open(self.log, "a+") as f:
+            f.seek(0)
             return [line.split() for line in f]
 
     def starts(self, count):
