@@ -10,7 +10,6 @@ TEST(CheckVencFile, NamesThePayloadTypeOfTheFirstWholeKeyLine)
         std::string file;
         const char* result;
     } cases[] = {
-        {"kChn0_M_VENC_Type=265\n", "VENC_TYPE:H265"},
         {"kChn0_M_VENC_Type=1002\n", "VENC_TYPE:MJPEG"},
         {"kChn0_M_VENC_Type=96\r\n", "VENC_TYPE:"},
         {"kChn0_M_VENC_Type= 96\n", "VENC_TYPE:"},  // a blank in front keeps the whole text

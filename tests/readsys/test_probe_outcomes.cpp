@@ -78,8 +78,11 @@ TEST(ProbeOutcomes, EachProbeGivesItsTextOnEveryFixtureAndWhenItsCommandCannotSt
                 EXPECT_EQ(literal, p.outcomes[f]) << p.name << " on " << kFixtures[f];
             }
         }
-        if (p.cannot_start != kUnchecked) {
-            ProbeScene scene("good");
+        for (ProbeInput input : {ProbeInput::in_process, ProbeInput::literal_shell}) {
+            if (p.cannot_start == kUnchecked) {
+                break;
+            }
+            ProbeScene scene("good", input);
             CaptureStdout out;
             std::string result;
             {
@@ -87,8 +90,8 @@ TEST(ProbeOutcomes, EachProbeGivesItsTextOnEveryFixtureAndWhenItsCommandCannotSt
                 result = outcome(p.probe);
             }
             const std::string printed = out.text();
-            EXPECT_EQ(result, p.cannot_start) << p.name;
-            EXPECT_EQ(printed, p.printed) << p.name;
+            EXPECT_EQ(result, p.cannot_start) << p.name << " " << static_cast<int>(input);
+            EXPECT_EQ(printed, p.printed) << p.name << " " << static_cast<int>(input);
         }
     }
 }
