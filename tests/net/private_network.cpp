@@ -3,8 +3,6 @@
 // own with only the loopback interface up, so no datagram can reach the
 // host's network and no port is shared with other test runs. Without the
 // privilege the tests still only use the loopback address.
-#include <gtest/gtest.h>
-
 #include <net/if.h>
 #include <sched.h>
 #include <string.h>
@@ -16,29 +14,25 @@
 
 namespace {
 
-bool g_private = false;
-
-class PrivateNetwork : public ::testing::Environment {
-public:
-    void SetUp() override
-    {
-        if (unshare(CLONE_NEWNET) != 0) {
-            return;
-        }
-        g_private = true;
-        int sock = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-        ifreq req;
-        memset(&req, 0, sizeof(req));
-        strncpy(req.ifr_name, "lo", IFNAMSIZ - 1);
-        if (ioctl(sock, SIOCGIFFLAGS, &req) == 0) {
-            req.ifr_flags = static_cast<short>(req.ifr_flags | IFF_UP);
-            ioctl(sock, SIOCSIFFLAGS, &req);
-        }
-        close(sock);
+// Entered before main, while the process has a single thread.
+bool enter_private_network()
+{
+    if (unshare(CLONE_NEWNET) != 0) {
+        return false;
     }
-};
+    const int sock = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    ifreq req;
+    memset(&req, 0, sizeof(req));
+    strncpy(req.ifr_name, "lo", IFNAMSIZ - 1);
+    if (ioctl(sock, SIOCGIFFLAGS, &req) == 0) {
+        req.ifr_flags = static_cast<short>(req.ifr_flags | IFF_UP);
+        ioctl(sock, SIOCSIFFLAGS, &req);
+    }
+    close(sock);
+    return true;
+}
 
-::testing::Environment* const kPrivateNetwork = ::testing::AddGlobalTestEnvironment(new PrivateNetwork);
+const bool g_private = enter_private_network();
 
 }  // namespace
 

@@ -31,7 +31,6 @@ const char* const kCommands[] = {
     "cat /data/mixed.txt | grep kSet",
     "cat /data/mixed.txt | grep -w kChn0_M_VENC_Type",
     "cat /data/mixed.txt | awk '/HotPlug/'",
-    "cat /data/mixed.txt | awk '/kSet|Hot/'",  // for the tools themselves
     "cat /data/absent.txt | grep kSet",
 };
 
@@ -92,7 +91,7 @@ TEST(FileCommand, OnlyOneFileAndOnePlainWordAreReadInProcess)
     }
 }
 
-TEST(LineSource, LeavesNoDescriptorOpenAndReportsWhenNoneIsLeft)
+TEST(LineSource, LeavesNoDescriptorOpen)
 {
     ProbeScene scene("good");
     const int before = open_descriptors();
@@ -107,12 +106,4 @@ TEST(LineSource, LeavesNoDescriptorOpenAndReportsWhenNoneIsLeft)
         ASSERT_TRUE(again.open("cat /proc/umap/vo"));
     }
     EXPECT_EQ(open_descriptors(), before);
-
-    for (ProbeInput input : {ProbeInput::in_process, ProbeInput::literal_shell}) {
-        set_probe_input(input);
-        LineSource in;
-        NoFreeDescriptors none;
-        EXPECT_FALSE(in.open("cat /proc/umap/vo"));
-        EXPECT_FALSE(in.open("iostat -c"));
-    }
 }

@@ -70,13 +70,19 @@ TEST(ProbeOutcomes, EachProbeGivesItsTextOnEveryFixtureAndWhenItsCommandCannotSt
 {
     for (const ProbeOutcomes& p : kProbes) {
         for (int f = 0; f < 6; ++f) {
+            ProbeScene scene(kFixtures[f], ProbeInput::literal_shell);
+            const std::string literal = outcome(p.probe);
+            set_probe_input(ProbeInput::in_process);
+            EXPECT_EQ(outcome(p.probe), literal) << p.name << " on " << kFixtures[f];
             if (p.outcomes[f] != kUnchecked) {
-                ProbeScene scene(kFixtures[f]);
-                EXPECT_EQ(outcome(p.probe), p.outcomes[f]) << p.name << " on " << kFixtures[f];
+                EXPECT_EQ(literal, p.outcomes[f]) << p.name << " on " << kFixtures[f];
             }
         }
-        if (p.cannot_start != kUnchecked) {
-            ProbeScene scene("good");
+        for (ProbeInput input : {ProbeInput::in_process, ProbeInput::literal_shell}) {
+            if (p.cannot_start == kUnchecked) {
+                break;
+            }
+            ProbeScene scene("good", input);
             CaptureStdout out;
             std::string result;
             {
@@ -84,21 +90,8 @@ TEST(ProbeOutcomes, EachProbeGivesItsTextOnEveryFixtureAndWhenItsCommandCannotSt
                 result = outcome(p.probe);
             }
             const std::string printed = out.text();
-            EXPECT_EQ(result, p.cannot_start) << p.name;
-            EXPECT_EQ(printed, p.printed) << p.name;
-        }
-    }
-}
-
-TEST(ProbeModes, InProcessReadingGivesWhatTheShellGives)
-{
-    for (const char* fixture : kFixtures) {
-        ProbeScene scene(fixture);
-        for (const ProbeOutcomes& p : kProbes) {
-            set_probe_input(ProbeInput::literal_shell);
-            const std::string literal = outcome(p.probe);
-            set_probe_input(ProbeInput::in_process);
-            EXPECT_EQ(outcome(p.probe), literal) << p.name << " on " << fixture;
+            EXPECT_EQ(result, p.cannot_start) << p.name << " " << static_cast<int>(input);
+            EXPECT_EQ(printed, p.printed) << p.name << " " << static_cast<int>(input);
         }
     }
 }

@@ -19,8 +19,6 @@ std::string iostat_printing(const std::string& values_line)
 TEST(CheckCpuFile, TakesTheFirstValueWordWhenLongerThanThree)
 {
     ProbeScene scene("good");
-    scene.write_tool("/bin/iostat", iostat_printing("           0.00    0.00    0.50    0.00    0.00   99.50"));
-    EXPECT_EQ(CheckCpuFile(), "CPU:0.00%");
     scene.write_tool("/bin/iostat", iostat_printing("           5.0    0.00    0.50    0.00    0.00   94.50"));
     EXPECT_EQ(CheckCpuFile(), "");
     scene.write_tool("/bin/iostat", iostat_printing("\t12.25\t0.00"));
@@ -32,7 +30,6 @@ TEST(CheckCpuFile, TakesTheFirstValueWordWhenLongerThanThree)
 TEST(CheckTimeFile, SplitsTheUptimeIntoUnpaddedFields)
 {
     EXPECT_EQ(format_uptime(59), "TIM:0.0.0.59S");
-    EXPECT_EQ(format_uptime(86400), "TIM:1.0.0.0S");
     EXPECT_EQ(format_uptime(86400 + 2 * 3600 + 3 * 60 + 4), "TIM:1.2.3.4S");
     EXPECT_EQ(format_uptime(400L * 86400 + 86399), "TIM:400.23.59.59S");
 
