@@ -9,7 +9,7 @@ import os
 import signal
 
 from harness import E2ETest, main
-from test_startup import CANONICAL_DEFAULTS
+from test_startup import settings_text
 
 WRITES_PNG = os.environ.get("OLEDD_SIM_PNG", "1") == "1"
 SMALL, BIG = b"P5\n128 64\n1\n", b"P5\n256 64\n15\n"
@@ -20,11 +20,8 @@ LEDS = {"kLed_eth_gpio": ["5_3", None], "kLed_cpu_gpio": ["0", None], "kLed_hdmi
         "kLed_hdmi_onboard": ['a"\\\tb', None]}
 
 
-def kind(number, *changes):
-    settings = CANONICAL_DEFAULTS.replace("OLed_a_kind_start=1", "OLed_a_kind_start=" + number)
-    for old, new in changes:
-        settings = settings.replace(old, new)
-    return {"/data/oled.ini": settings}
+def kind(number, **changes):
+    return {"/data/oled.ini": settings_text(dict(changes, OLed_a_kind_start=number))}
 
 
 class PanelAndLedOutputs(E2ETest):
@@ -33,7 +30,7 @@ class PanelAndLedOutputs(E2ETest):
             ("BRD25", {"/data/oled.ini": "".join("%s=%s\n" % (k, v[0]) for k, v in LEDS.items())}, SMALL, None),
             (None, kind("0"), BIG, None),
             (None, kind("2"), None, None),
-            (None, kind("3", ("OLed_ba_CS_MUX=3_5", "OLed_ba_CS_MUX=none")), None,
+            (None, kind("3", OLed_ba_CS_MUX="none"), None,
              "no 0.96 small oled wired: a pin of the panel is not set"),
         )
         for board, files, header, message in cases:

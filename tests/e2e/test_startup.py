@@ -19,11 +19,8 @@ CANONICAL_DEFAULTS = (
 
 def settings_text(values):
     """The canonical settings file with some values changed."""
-    lines = []
-    for line in CANONICAL_DEFAULTS.splitlines():
-        key = line.split("=")[0]
-        lines.append("%s=%s" % (key, values[key]) if key in values else line)
-    return "\n".join(lines) + "\n"
+    pairs = (line.split("=", 1) for line in CANONICAL_DEFAULTS.splitlines())
+    return "".join("%s=%s\n" % (key, values.get(key, value)) for key, value in pairs)
 
 
 FAILED = "[get_hw_version]-1209: GetJsonValue() from file-hardware_info failed!"
