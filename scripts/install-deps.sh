@@ -12,7 +12,7 @@ HOST_PKGS=(
   g++-arm-linux-gnueabihf g++-arm-linux-gnueabi qemu-user busybox-static
   libcpp-httplib-dev nlohmann-json3-dev
   chromium chromium-driver python3-selenium
-  prometheus python3-yaml
+  prometheus python3-yaml python3-psutil
   qemu-user-static
 )
 # The two Debian ARM ports the cross builds use: armhf (ARMv7, hard-float)

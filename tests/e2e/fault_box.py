@@ -8,7 +8,8 @@ import re
 import shutil
 import time
 
-from harness import PORT, SAVED, PeerTest, SimBox
+import psutil
+from harness import PORT, SAVED, PeerTest, SimBox, eventually
 from test_startup import CANONICAL_DEFAULTS, settings_text
 
 KEYS = [line.split("=")[0] for line in CANONICAL_DEFAULTS.splitlines()]
@@ -38,11 +39,9 @@ class QuietSimBox(SimBox):
                     self.saves += 1
 
 
-class Process:
-    """What /proc tells about one running process."""
-
-    def __init__(self, pid):
-        self.pid = pid
+class Process(psutil.Process):
+    """The running daemon as /proc shows it; psutil reads memory, threads
+    and children (of every thread), this adds descriptors and the socket."""
 
     def _read(self, name):
         with open("/proc/%d/%s" % (self.pid, name)) as f:
@@ -54,10 +53,7 @@ class Process:
         return "asan" in self._read("maps")
 
     def rss_kb(self):
-        return int(re.search(r"VmRSS:\s+(\d+)", self._read("status")).group(1))
-
-    def threads(self):
-        return len(os.listdir("/proc/%d/task" % self.pid))
+        return self.memory_info().rss // 1024
 
     def descriptors(self):
         """Sorted (number, target) of the open descriptors."""
@@ -69,23 +65,6 @@ class Process:
             except FileNotFoundError:
                 pass  # closed while listed
         return sorted(found)
-
-    def children(self):
-        """(pid, state) of every child of every thread."""
-        found = []
-        for task in os.listdir("/proc/%d/task" % self.pid):
-            try:
-                with open("/proc/%d/task/%s/children" % (self.pid, task)) as f:
-                    pids = [int(p) for p in f.read().split()]
-            except FileNotFoundError:
-                continue
-            for child in pids:
-                try:
-                    with open("/proc/%d/stat" % child) as f:
-                        found.append((child, f.read().rsplit(")", 1)[1].split()[0]))
-                except FileNotFoundError:
-                    pass
-        return found
 
     def socket_queue(self, port=PORT):
         """(bytes waiting, datagrams dropped) of the UDP socket on port, as
@@ -108,16 +87,9 @@ class Process:
 
     def quiet(self, descriptors, timeout=10.0):
         """Waits for a moment when the probes have no shell and no file
-        open: no child and the given descriptors. Returns what was last seen
-        (children, descriptors) if that moment never comes."""
-        deadline = time.time() + timeout
-        while True:
-            children, now = self.children(), self.descriptors()
-            if not children and now == descriptors:
-                return None
-            if time.time() > deadline:
-                return children, now
-            time.sleep(0.003)
+        open: no child and the given descriptors."""
+        eventually(lambda: not self.children() and self.descriptors() == descriptors, timeout,
+                   lambda: "children %s, descriptors %s" % (self.children(), self.descriptors()), every=0.003)
 
 
 class FaultTest(PeerTest):

@@ -86,8 +86,8 @@ class StatusPages(FaultTest):
         self.start_box({"OLed_a_kind_start": "0", "OLed_a_sleep_tim": "0", "OLed_a_led_start": "1",
                         "kLed_cpu_gpio": "5_1", "kLed_eth_gpio": "5_0", "kLed_hdmi_gpio": "5_2"})
         descriptors = self.process.lasting_descriptors()
-        self.assertIsNone(self.process.quiet(descriptors))
-        threads = self.process.threads()
+        self.process.quiet(descriptors)
+        threads = self.process.num_threads()
 
         stop = threading.Event()
         done = {"changes": 0}
@@ -100,7 +100,7 @@ class StatusPages(FaultTest):
         while time.time() < deadline:
             self.assertIsNone(self.sim.proc.poll(), "the daemon died")
             self.assertTrue(self.settle(timeout=5.0).startswith(b"[oled]\n"))
-            self.assertEqual(self.process.threads(), threads, "a loop thread ended")
+            self.assertEqual(self.process.num_threads(), threads, "a loop thread ended")
             answered += 1
             time.sleep(0.5)
         stop.set()
@@ -113,7 +113,7 @@ class StatusPages(FaultTest):
             if os.path.isdir(self.sim.root + path):
                 shutil.rmtree(self.sim.root + path)
             write_in_place(self.sim.root + path, good(path), 0o755 if path in TOOLS else 0o644)
-        self.assertIsNone(self.process.quiet(descriptors))
+        self.process.quiet(descriptors)
         self.assert_answers()
 
 

@@ -21,10 +21,8 @@ protected:
     void SetUp() override
     {
         CaptureStdout quiet;
-        const std::vector<std::string> defaults = SoftwareConfig::DefaultValues("");
-        for (int id = 0; id < C::kConfigCount; ++id) {
-            set(static_cast<C::SoftWareConfigID>(id), defaults[id].c_str());
-        }
+        hw_info[0] = '\0';
+        Singleton<SoftwareConfig>::init();  // the defaults of a board without a table
         set(C::OLed_sml_SDINMUX, "12_0");
         set(C::OLed_sml_SCLKMUX, "12_1");
         set(C::OLed_sml_VCCMUX, "12_2");

@@ -10,6 +10,10 @@ import tempfile
 import time
 import unittest
 
+import psutil
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "e2e"))
+from harness import eventually  # noqa: E402
+
 SCRIPT = sys.argv[1]
 
 # Behaves like oledd towards signals: on TERM it leaves after a moment.
@@ -22,9 +26,8 @@ while :; do sleep 0.2 & wait $!; done
 
 def alive(pid):
     try:
-        with open("/proc/%d/stat" % pid) as f:
-            return f.read().split(") ")[1][0] != "Z"
-    except FileNotFoundError:
+        return psutil.Process(pid).status() != psutil.STATUS_ZOMBIE
+    except psutil.NoSuchProcess:
         return False
 
 
@@ -54,13 +57,9 @@ class InitScript(unittest.TestCase):
 
     def starts(self, count):
         """Pids of the first `count` daemon starts, waiting for them."""
-        deadline = time.time() + 10
-        while time.time() < deadline:
-            pids = [int(e[1]) for e in self.events() if e[0] == "start"]
-            if len(pids) >= count:
-                return pids
-            time.sleep(0.05)
-        self.fail("daemon started fewer than %d times: %r" % (count, self.events()))
+        pids = lambda: [int(e[1]) for e in self.events() if e[0] == "start"]  # noqa: E731
+        return eventually(lambda: len(pids()) >= count and pids(), 10,
+                          lambda: "daemon started fewer than %d times: %r" % (count, self.events()))
 
     def test_daemon_runs_once_comes_back_after_a_crash_and_stops_cleanly(self):
         self.assertEqual(self.script("start"), (0, "oledd: started\n"))

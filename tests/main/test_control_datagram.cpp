@@ -32,13 +32,9 @@ class ControlDatagram : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        root.make_folder("/data");
         CaptureStdout quiet;
-        const std::vector<std::string> defaults = SoftwareConfig::DefaultValues("");
-        for (size_t id = 0; id < defaults.size(); ++id) {
-            Singleton<SoftwareConfig>::instance()->SetConfig(static_cast<SoftwareConfig::SoftWareConfigID>(id),
-                                                            defaults[id]);
-        }
+        hw_info[0] = '\0';
+        Singleton<SoftwareConfig>::init();  // the defaults, as at a first start
         Singleton<SoftwareConfig>::instance()->SaveConfig();
         oled_type = 1;
         snprintf(oled_data, sizeof(oled_data), "WELCOME\n");
