@@ -2,16 +2,15 @@
 // greyscale controller's RAM is read back.
 #include <gtest/gtest.h>
 #include <string.h>
-#include <unistd.h>
 
 #include <string>
 
 #include "capture_stdout.h"
 #include "oled_ba_master.h"
 #include "panel_fixture.h"
+#include "probe_scene.h"
 #include "bus_lines.h"
 #include "register_access.h"
-#include "temp_root.h"
 
 namespace {
 
@@ -91,21 +90,7 @@ TEST_F(BigPanel, LogoSweepLeavesTheShapeBehind)
 // Runs the test body in a box's working folder.
 class LogoFile : public BigPanel {
 protected:
-    void SetUp() override
-    {
-        BigPanel::SetUp();
-        ASSERT_NE(nullptr, getcwd(saved_, sizeof(saved_)));
-        root_.make_folder("/home/public");
-        ASSERT_EQ(0, chdir(root_.host("/home/public").c_str()));
-    }
-    void TearDown() override
-    {
-        ASSERT_EQ(0, chdir(saved_));
-        BigPanel::TearDown();
-    }
-
-    TempRoot root_;
-    char saved_[4096];
+    ProbeScene box_{""};
 };
 
 TEST_F(LogoFile, MissingLogoIsReportedAndTheScreenKept)
@@ -126,7 +111,7 @@ TEST_F(LogoFile, OversizedLogoIsCutToOneImageShownThenBlanked)
     for (size_t i = 0; i < image.size(); ++i) {
         image[i] = static_cast<char>(i < 8192 ? (i * 7) & 0xFF : 0xEE);
     }
-    root_.write("/home/public/logo.bin", image);
+    box_.write("/home/public/logo.bin", image);
     std::vector<uint8_t> shown;
     recorder_->hook = [this, &shown](const Recorder& r) {
         if (r.data_count == kLogoEnd && shown.empty()) {
