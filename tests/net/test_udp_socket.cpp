@@ -75,15 +75,17 @@ TEST(UDPSocket, ServesAnswersJoinsDrainsAndReportsEachFailure)
         EXPECT_EQ(out.text(), "AddMemberShip 224.168.1.1 error, retry : 2AddMemberShip 224.168.1.1 error, retry : 1");
     }
     EXPECT_TRUE(server.AddMemberShip("224.168.1.1", "lo", true, 0));
-    EXPECT_TRUE(server.DropMemberShip());
 
     UDPSocket taken;
     CaptureStdout err(STDERR_FILENO);
+    EXPECT_FALSE(server.AddMemberShip("224.168.1.1", "lo", true, 0));  // a member already
+    EXPECT_TRUE(server.DropMemberShip());
     EXPECT_EQ(taken.CreateUDPServer(port_of(server_fd), false, false), -1);
     EXPECT_GT(taken.GetRevBuf(), 0);  // a failed bind keeps the socket
     taken.CloseUDPSocket();
     taken.CloseUDPSocket();
     EXPECT_FALSE(taken.EmptyRecvBuf());
-    EXPECT_EQ(err.text(), std::string("bind error: ") + strerror(EADDRINUSE) + "\nEmptyRecvBuf() select failed\n: " +
+    EXPECT_EQ(err.text(), std::string("setsockopt():IP_ADD_MEMBERSHIP: ") + strerror(EADDRINUSE) +
+                              "\nbind error: " + strerror(EADDRINUSE) + "\nEmptyRecvBuf() select failed\n: " +
                               strerror(EBADF) + "\n");
 }
