@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <string>
 #include <utility>
@@ -70,6 +71,11 @@ TEST(ProgramLaunch, DescriptorsNeitherReachTheProgramNorOutliveIt)
         const std::string written = scene.root().read("/tmp/out");
         EXPECT_EQ(occurrences(written, scene.root().host("/tmp/out")), 1) << written;
     }
+    // Nothing started here: a child of someone else is not waited for.
+    const pid_t other = fork();
+    if (other == 0) {
+        _exit(7);
+    }
     int status = -1;
     for (const char* text : {"./no-hashbang", "no-such-program > /tmp/out"}) {
         ASSERT_TRUE(parse_program_command(text, command));
@@ -78,6 +84,7 @@ TEST(ProgramLaunch, DescriptorsNeitherReachTheProgramNorOutliveIt)
         close_program_reader(reader);
     }
     EXPECT_EQ(open_descriptors(), before);
+    EXPECT_EQ(waitpid(other, &status, 0), other);
 }
 
 TEST(ProgramLaunch, PlainProgramCallsAreTheOnlyOnesStartedWithoutAShell)
