@@ -118,9 +118,11 @@ TEST_F(LogoFile, OversizedLogoIsCutToOneImageShownThenBlanked)
             shown = panel_->pixels();
         }
     };
+    const int descriptors = open_descriptors();
     CaptureStdout out;
     oled_.big_oled_show_logo();
     EXPECT_EQ(0u, out.text().find("open file  ok ==="));
+    EXPECT_EQ(open_descriptors(), descriptors);  // the logo file closed again
     EXPECT_EQ(0, memcmp(oled_logo, image.data(), 8192));
     ASSERT_EQ(256u * 64, shown.size());
     EXPECT_EQ((oled_logo[5 * 128 + 9] >> 4), shown[5 * 256 + 18]);
