@@ -71,6 +71,19 @@ std::string LedBoard::json() const
     return out + "}\n";
 }
 
+std::vector<NamedPin> led_pins(const BoxSettings& box)
+{
+    std::vector<NamedPin> pins;
+    for (C::SoftWareConfigID id : kLedSettings) {
+        NamedPin led;
+        led.name = SoftwareConfig::KeyName(id);
+        if (parse_pin(box.get(id), &led.pin.group, &led.pin.bit)) {
+            pins.push_back(led);
+        }
+    }
+    return pins;
+}
+
 void set_mode_switch(const BoxSettings& box, int level)
 {
     int group = 0;

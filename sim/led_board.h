@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "box_settings.h"
+#include "panel_bus.h"
 
 // The box's seven status LEDs (outside and onboard sets), wired to the pins
 // that its settings name, as on the appliance. An LED shows what its pin
@@ -30,6 +31,9 @@ private:
     };
     std::vector<Led> leds_;
 };
+
+// The LEDs whose settings name a pin, each named by its setting.
+std::vector<NamedPin> led_pins(const BoxSettings& box);
 
 // Holds the mode switch input (kSwitch_gpio) at level; a box without a
 // switch pin is left alone.

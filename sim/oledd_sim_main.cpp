@@ -13,6 +13,7 @@
 
 #include "box_root.h"
 #include "box_settings.h"
+#include "box_waveform.h"
 #include "led_board.h"
 #include "output_files.h"
 #include "sim_priority.h"
@@ -44,9 +45,13 @@ void usage(FILE* to)
             "  --switch 0|1 level of the mode switch input (default 1; the\n"
             "               daemon takes 0 as the video input ports, 1 as HDMI)\n"
             "  --trace FILE every register write as a line \"ADDR VALUE\" in hex\n"
+            "  --vcd FILE   the panel's bus lines and the LED pins as a Value Change\n"
+            "               Dump (PulseView, GTKWave): 1 us per register write\n"
             "  --realtime   keep the daemon's real-time FIFO threads (by default\n"
             "               they run at normal priority so the host stays responsive)\n"
-            "  --help       this text\n");
+            "  --help       this text\n"
+            "\n"
+            "Relative paths are taken from the folder oledd-sim is started in.\n");
 }
 
 bool make_folders(const std::string& path)
@@ -62,6 +67,39 @@ bool make_folders(const std::string& path)
     return true;
 }
 
+// The output folder as an absolute path, since the daemon changes folder
+// before it writes there; made if missing, and proved writable by making a
+// file in it (for root, only that catches a read-only mount).
+bool prepare_output_folder(const std::string& out, std::string* absolute)
+{
+    char real[PATH_MAX];
+    if (!make_folders(out) || realpath(out.c_str(), real) == nullptr) {
+        fprintf(stderr, "oledd-sim: cannot make output folder %s: %s\n", out.c_str(), strerror(errno));
+        return false;
+    }
+    std::string probe = std::string(real) + "/.oledd-sim-XXXXXX";
+    const int fd = mkstemp(&probe[0]);
+    if (fd < 0) {
+        fprintf(stderr, "oledd-sim: cannot write in output folder %s: %s\n", out.c_str(), strerror(errno));
+        return false;
+    }
+    close(fd);
+    unlink(probe.c_str());
+    *absolute = real;
+    return true;
+}
+
+// Opened before the daemon changes folder, so a relative path is the
+// starting folder's; flushed by exit().
+FILE* open_output_file(const std::string& path, const char* what)
+{
+    FILE* file = fopen(path.c_str(), "w");
+    if (file == nullptr) {
+        fprintf(stderr, "oledd-sim: cannot write %s %s: %s\n", what, path.c_str(), strerror(errno));
+    }
+    return file;
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -70,6 +108,7 @@ int main(int argc, char** argv)
     bool realtime = false;
     std::string out;
     std::string trace;
+    std::string vcd;
     int switch_level = 1;
     for (int i = 1; i < argc; ++i) {
         std::string arg = argv[i];
@@ -91,6 +130,8 @@ int main(int argc, char** argv)
             switch_level = level[0] - '0';
         } else if (arg == "--trace" && i + 1 < argc) {
             trace = argv[++i];
+        } else if (arg == "--vcd" && i + 1 < argc) {
+            vcd = argv[++i];
         } else {
             fprintf(stderr, "oledd-sim: unknown or incomplete option '%s'\n", arg.c_str());
             usage(stderr);
@@ -108,17 +149,17 @@ int main(int argc, char** argv)
         return 2;
     }
     set_box_root(real);
-    if (!trace.empty()) {
-        FILE* file = fopen(trace.c_str(), "w");  // flushed by exit()
-        if (file == nullptr) {
-            fprintf(stderr, "oledd-sim: cannot write trace file %s: %s\n", trace.c_str(), strerror(errno));
-            return 2;
-        }
-        SimSoc::instance().trace_to(file);
-    }
-    if (!out.empty() && !make_folders(out)) {
-        fprintf(stderr, "oledd-sim: cannot make output folder %s: %s\n", out.c_str(), strerror(errno));
+    if (!out.empty() && !prepare_output_folder(out, &out)) {
         return 2;
+    }
+    FILE* trace_file = nullptr;
+    FILE* vcd_file = nullptr;
+    if ((!trace.empty() && (trace_file = open_output_file(trace, "trace file")) == nullptr) ||
+        (!vcd.empty() && (vcd_file = open_output_file(vcd, "waveform file")) == nullptr)) {
+        return 2;
+    }
+    if (trace_file != nullptr) {
+        SimSoc::instance().trace_to(trace_file);
     }
 
     const std::string work = std::string(real) + "/home/public";
@@ -141,6 +182,9 @@ int main(int argc, char** argv)
     const BoxSettings box = read_box_settings();
     wire_panel_outputs(box);
     wire_led_board(box, switch_level);
+    if (vcd_file != nullptr) {
+        record_box_waveform(box, vcd_file, vcd);
+    }
     // The daemon ends through exit() from its signal handler; the output
     // files are written one last time then.
     if (!out.empty()) {

@@ -20,10 +20,22 @@ const PanelWiring kWirings[] = {
     {6, "1.29 small oled", PanelController::kMonochrome128x64, true, kWhite},
 };
 
-bool pin_of(const BoxSettings& box, SoftwareConfig::SoftWareConfigID id, SimPin* pin)
-{
-    return parse_pin(box.get(id), &pin->group, &pin->bit);
-}
+struct BusLine {
+    const char* name;
+    SoftwareConfig::SoftWareConfigID key;
+};
+
+// In the order the decoders take them: data, clock, then the four-wire
+// bus's chip select, data/command and reset.
+const BusLine kFourWireLines[] = {
+    {"SDIN", SoftwareConfig::OLed_ba_SDINMUX}, {"SCLK", SoftwareConfig::OLed_ba_SCLKMUX},
+    {"CS", SoftwareConfig::OLed_ba_CS_MUX},    {"DC", SoftwareConfig::OLed_ba_DC_MUX},
+    {"RES", SoftwareConfig::OLed_ba_RES_MUX},
+};
+const BusLine kTwoWireLines[] = {
+    {"SDA", SoftwareConfig::OLed_sml_SDINMUX},
+    {"SCL", SoftwareConfig::OLed_sml_SCLKMUX},
+};
 
 }  // namespace
 
@@ -35,6 +47,23 @@ const PanelWiring* panel_wiring_for(int oled_type)
         }
     }
     return nullptr;
+}
+
+bool panel_bus_pins(const BoxSettings& box, const PanelWiring& wiring, std::vector<NamedPin>* pins)
+{
+    const BusLine* lines = wiring.four_wire ? kFourWireLines : kTwoWireLines;
+    const size_t count = wiring.four_wire ? sizeof(kFourWireLines) / sizeof(kFourWireLines[0])
+                                          : sizeof(kTwoWireLines) / sizeof(kTwoWireLines[0]);
+    pins->clear();
+    for (size_t i = 0; i < count; ++i) {
+        NamedPin line;
+        line.name = lines[i].name;
+        if (!parse_pin(box.get(lines[i].key), &line.pin.group, &line.pin.bit)) {
+            return false;
+        }
+        pins->push_back(line);
+    }
+    return true;
 }
 
 std::shared_ptr<PanelController> attach_panel(const BoxSettings& box, PanelByteSink tap)
@@ -50,27 +79,20 @@ std::shared_ptr<PanelController> attach_panel(const BoxSettings& box, PanelByteS
             tap(data, byte);
         }
     };
-    SimSoc& soc = SimSoc::instance();
-    if (wiring->four_wire) {
-        SimPin data, clock, chip_select, data_command, reset;
-        if (!pin_of(box, SoftwareConfig::OLed_ba_SDINMUX, &data) ||
-            !pin_of(box, SoftwareConfig::OLed_ba_SCLKMUX, &clock) ||
-            !pin_of(box, SoftwareConfig::OLed_ba_CS_MUX, &chip_select) ||
-            !pin_of(box, SoftwareConfig::OLed_ba_DC_MUX, &data_command) ||
-            !pin_of(box, SoftwareConfig::OLed_ba_RES_MUX, &reset)) {
-            return nullptr;
-        }
-        std::make_shared<FourWireDecoder>(sink)->attach(data, clock, chip_select, data_command);
-        // Reset is active low; the panel sits in reset until the driver
-        // first raises the line.
-        panel->hold_in_reset(soc.level(reset.group, reset.bit) == 0);
-        soc.watch(reset.group, reset.bit, [panel](int, int, int level) { panel->hold_in_reset(level == 0); });
-        return panel;
-    }
-    SimPin data, clock;
-    if (!pin_of(box, SoftwareConfig::OLed_sml_SDINMUX, &data) || !pin_of(box, SoftwareConfig::OLed_sml_SCLKMUX, &clock)) {
+    std::vector<NamedPin> pins;
+    if (!panel_bus_pins(box, *wiring, &pins)) {
         return nullptr;
     }
-    std::make_shared<TwoWireDecoder>(sink)->attach(data, clock);
+    if (wiring->four_wire) {
+        std::make_shared<FourWireDecoder>(sink)->attach(pins[0].pin, pins[1].pin, pins[2].pin, pins[3].pin);
+        // Reset is active low; the panel sits in reset until the driver
+        // first raises the line.
+        const SimPin reset = pins[4].pin;
+        SimSoc& soc = SimSoc::instance();
+        panel->hold_in_reset(soc.level(reset.group, reset.bit) == 0);
+        soc.watch(reset.group, reset.bit, [panel](int, int, int level) { panel->hold_in_reset(level == 0); });
+    } else {
+        std::make_shared<TwoWireDecoder>(sink)->attach(pins[0].pin, pins[1].pin);
+    }
     return panel;
 }

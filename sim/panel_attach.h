@@ -2,6 +2,7 @@
 #define OLED_SIM_PANEL_ATTACH_H
 
 #include <memory>
+#include <vector>
 
 #include "box_settings.h"
 #include "panel_bus.h"
@@ -20,6 +21,11 @@ struct PanelWiring {
 
 // nullptr when the type has no panel (2: no screen).
 const PanelWiring* panel_wiring_for(int oled_type);
+
+// The bus lines of the box's panel, named as on the panel's connector (SDA,
+// SCL; or SDIN, SCLK, CS, DC, RES), on the pins the settings give them.
+// False when a line's pin is not named.
+bool panel_bus_pins(const BoxSettings& box, const PanelWiring& wiring, std::vector<NamedPin>* pins);
 
 // Connects the panel that the box's settings name (OLed_a_kind_start and
 // the pin keys) to the simulated SoC: bus decoder, reset line and

@@ -4,11 +4,18 @@
 #include <stdint.h>
 
 #include <functional>
+#include <string>
 
 // A pin of the simulated SoC.
 struct SimPin {
     int group;
     int bit;
+};
+
+// A line by its role, on its pin.
+struct NamedPin {
+    std::string name;
+    SimPin pin;
 };
 
 // Where a bus decoder delivers each byte it recognised: display data

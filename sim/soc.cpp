@@ -42,6 +42,7 @@ void SimSoc::reset()
     memset(data_, 0, sizeof(data_));
     memset(direction_, 0, sizeof(direction_));
     memset(input_, 0, sizeof(input_));
+    memset(pulled_low_, 0, sizeof(pulled_low_));
     mux_.clear();
     listeners_.clear();
     memset(watched_, 0, sizeof(watched_));
@@ -50,19 +51,18 @@ void SimSoc::reset()
         change_callbacks_[i] = nullptr;
     }
     trace_ = nullptr;
+    on_store_ = nullptr;
     stores_ = 0;
 }
 
 int SimSoc::level_locked(int group, int bit) const
 {
-    const uint32_t mask = 1u << bit;
-    const uint32_t source = (direction_[group] & mask) != 0 ? data_[group] : input_[group];
-    return (source & mask) != 0 ? 1 : 0;
+    return (levels_locked(group) >> bit) & 1;
 }
 
 uint32_t SimSoc::levels_locked(int group) const
 {
-    return ((data_[group] & direction_[group]) | (input_[group] & ~direction_[group])) & 0xFF;
+    return ((data_[group] & direction_[group]) | (input_[group] & ~direction_[group])) & ~pulled_low_[group] & 0xFF;
 }
 
 uint32_t SimSoc::load(uint32_t addr)
@@ -91,6 +91,9 @@ void SimSoc::store(uint32_t addr, uint32_t value)
     {
         std::lock_guard<std::recursive_mutex> lock(mutex_);
         ++stores_;
+        if (on_store_) {
+            on_store_();
+        }
         if (trace_ != nullptr) {
             fprintf(trace_, "%08X %08X\n", addr, value);
         }
@@ -137,16 +140,26 @@ void SimSoc::notify_changes(int group, uint32_t before)
     }
 }
 
-void SimSoc::set_input_level(int group, int bit, int level)
+void SimSoc::set_bit(uint32_t* bits, int group, int bit, bool on)
 {
     std::lock_guard<std::recursive_mutex> lock(mutex_);
     const uint32_t before = levels_locked(group);
-    if (level != 0) {
-        input_[group] |= 1u << bit;
+    if (on) {
+        bits[group] |= 1u << bit;
     } else {
-        input_[group] &= ~(1u << bit);
+        bits[group] &= ~(1u << bit);
     }
     notify_changes(group, before);
+}
+
+void SimSoc::set_input_level(int group, int bit, int level)
+{
+    set_bit(input_, group, bit, level != 0);
+}
+
+void SimSoc::pull_low(int group, int bit, bool pulled)
+{
+    set_bit(pulled_low_, group, bit, pulled);
 }
 
 bool SimSoc::is_output(int group, int bit)
@@ -179,6 +192,12 @@ void SimSoc::trace_to(FILE* file)
 {
     std::lock_guard<std::recursive_mutex> lock(mutex_);
     trace_ = file;
+}
+
+void SimSoc::on_store(std::function<void()> callback)
+{
+    std::lock_guard<std::recursive_mutex> lock(mutex_);
+    on_store_ = callback;
 }
 
 bool SimSoc::on_change(std::function<void()> callback)

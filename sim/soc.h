@@ -27,6 +27,9 @@ public:
 
     // Level an input pin reads (a switch, a button).
     void set_input_level(int group, int bit, int level);
+    // A device's open-drain pull on a line: while pulled the line is low
+    // whatever the pin drives (a two-wire panel's acknowledge).
+    void pull_low(int group, int bit, bool pulled);
     bool is_output(int group, int bit);
     // Level of a pin: its data bit while an output, its input level else.
     int level(int group, int bit);
@@ -38,6 +41,9 @@ public:
     void watch(int group, int bit, PinListener listener);
     // Every register write, for --trace: "ADDR VALUE" in hexadecimal.
     void trace_to(FILE* file);
+    // Called with the SoC locked at the start of every store, before any
+    // listener hears its changes (a clock that counts writes).
+    void on_store(std::function<void()> callback);
     // Called after every store (with the SoC unlocked), e.g. to schedule
     // output files. At most kMaxChangeCallbacks; more are refused (false).
     bool on_change(std::function<void()> callback);
@@ -54,11 +60,15 @@ private:
     uint32_t levels_locked(int group) const;
     void store_gpio(int group, uint32_t offset, uint32_t value);
     void notify_changes(int group, uint32_t before);
+    // Sets or clears a pin's bit in one of the per-group words, telling
+    // listeners what that changed.
+    void set_bit(uint32_t* bits, int group, int bit, bool on);
 
     std::recursive_mutex mutex_;
     uint32_t data_[25];
     uint32_t direction_[25];
     uint32_t input_[25];
+    uint32_t pulled_low_[25];
     std::map<uint32_t, uint32_t> mux_;
     std::map<int, std::vector<PinListener> > listeners_;  // key group * 8 + bit
     uint32_t watched_[25];                                // bits with listeners
@@ -67,6 +77,7 @@ private:
     std::function<void()> change_callbacks_[kMaxChangeCallbacks];
     std::atomic<int> change_callback_count_;
     FILE* trace_;
+    std::function<void()> on_store_;
     uint64_t stores_;
 };
 

@@ -12,6 +12,8 @@ const uint8_t kControlContinue = 0x80;
 
 TwoWireDecoder::TwoWireDecoder(PanelByteSink sink)
     : sink_(sink),
+      sda_pin_{-1, -1},
+      pulling_(false),
       sda_(1),
       scl_(1),
       in_transaction_(false),
@@ -29,6 +31,7 @@ TwoWireDecoder::TwoWireDecoder(PanelByteSink sink)
 void TwoWireDecoder::attach(SimPin sda, SimPin scl)
 {
     SimSoc& soc = SimSoc::instance();
+    sda_pin_ = sda;
     sda_ = soc.level(sda.group, sda.bit);
     scl_ = soc.level(scl.group, scl.bit);
     std::shared_ptr<TwoWireDecoder> self = shared_from_this();
@@ -65,6 +68,9 @@ void TwoWireDecoder::clock_changed(int level)
             in_ack_slot_ = false;
             bits_ = 0;
             shift_ = 0;
+            acknowledge(false);
+        } else if (bits_ == 8 && addressed_) {
+            acknowledge(true);
         }
         return;
     }
@@ -75,6 +81,14 @@ void TwoWireDecoder::clock_changed(int level)
     shift_ = static_cast<uint8_t>((shift_ << 1) | (sda_ != 0 ? 1 : 0));
     if (++bits_ == 8) {
         byte_done(shift_);
+    }
+}
+
+void TwoWireDecoder::acknowledge(bool pull)
+{
+    if (pull != pulling_ && sda_pin_.group >= 0) {
+        pulling_ = pull;
+        SimSoc::instance().pull_low(sda_pin_.group, sda_pin_.bit, pull);
     }
 }
 

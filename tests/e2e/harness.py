@@ -128,12 +128,12 @@ class SimBox:
         with open(self.host(box_path), "rb" if binary else "r") as f:
             return f.read()
 
-    def start(self, *extra):
+    def start(self, *extra, cwd=None):
         argv = EMULATOR + [self.program, "--root", self.root, "--out", self.out] + list(extra)
         if self.netns is not None:
             argv = self.netns.exec_args(argv)
         self.proc = subprocess.Popen(argv, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
-                                     errors="replace", bufsize=1)
+                                     errors="replace", bufsize=1, cwd=cwd)
         self._stream = self.proc.stdout
         self._reader = threading.Thread(target=self._collect, daemon=True)
         self._reader.start()
