@@ -1,11 +1,24 @@
 #include "box_waveform.h"
 
+#include <stdlib.h>
+
 #include <vector>
 
 #include "file_helpers.h"
 #include "led_board.h"
 #include "panel_attach.h"
 #include "vcd_writer.h"
+
+namespace {
+
+VcdWriter* g_writer = nullptr;
+
+void finish_at_exit()
+{
+    g_writer->finish();
+}
+
+}  // namespace
 
 void record_box_waveform(const BoxSettings& box, FILE* file, const std::string& path)
 {
@@ -17,7 +30,8 @@ void record_box_waveform(const BoxSettings& box, FILE* file, const std::string& 
     const std::vector<NamedPin> leds = led_pins(box);
     lines.insert(lines.end(), leds.begin(), leds.end());
     // Never destroyed: daemon threads still write registers while the
-    // process exits, and exit() flushes the file.
-    static VcdWriter* writer = new VcdWriter(file, path, lines, VcdWriter::kDefaultMaxBytes);
-    writer->attach();
+    // process exits; at exit the writer stops and the file is flushed.
+    g_writer = new VcdWriter(file, path, lines, VcdWriter::kDefaultMaxBytes);
+    g_writer->attach();
+    atexit(finish_at_exit);
 }

@@ -4,6 +4,7 @@
 #include <time.h>
 
 #include <algorithm>
+#include <chrono>
 
 #include "soc.h"
 
@@ -24,10 +25,12 @@ int64_t monotonic_us()
 
 const uint64_t VcdWriter::kDefaultMaxBytes;
 const int64_t VcdWriter::kShortestPauseUs;
+const int VcdWriter::kFinishWaitMs;
 
 VcdWriter::VcdWriter(FILE* file, const std::string& path, const std::vector<NamedPin>& lines, uint64_t max_bytes,
                      Clock clock)
-    : file_(file),
+    : finished_(false),
+      file_(file),
       path_(path),
       lines_(lines.begin(), lines.begin() + static_cast<long>(std::min(lines.size(), kMaxLines))),
       max_bytes_(max_bytes),
@@ -65,8 +68,18 @@ void VcdWriter::attach()
     }
 }
 
+void VcdWriter::finish()
+{
+    if (mutex_.try_lock_for(std::chrono::milliseconds(kFinishWaitMs))) {
+        finished_ = true;
+        fflush(file_);
+        mutex_.unlock();
+    }
+}
+
 void VcdWriter::count_write()
 {
+    std::lock_guard<std::timed_mutex> lock(mutex_);
     const int64_t now = clock_();
     const int64_t gap = now - last_write_us_;
     last_write_us_ = now;
@@ -75,6 +88,7 @@ void VcdWriter::count_write()
 
 void VcdWriter::changed(size_t line, int level)
 {
+    std::lock_guard<std::timed_mutex> lock(mutex_);
     char text[48];
     int length = 0;
     if (time_us_ != stamped_us_) {
@@ -88,7 +102,7 @@ void VcdWriter::changed(size_t line, int level)
 
 void VcdWriter::put(const char* text, int length)
 {
-    if (full_) {
+    if (full_ || finished_) {
         return;
     }
     if (written_ + static_cast<uint64_t>(length) > max_bytes_) {

@@ -5,6 +5,7 @@
 #include <stdio.h>
 
 #include <functional>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,12 @@ public:
     // Records from the next register write on. The writer must outlive the
     // SoC's listeners (a reset, or the end of the process).
     void attach();
+    // Writes what is buffered and nothing after it. At exit, before the C
+    // library flushes its files without locks while daemon threads may
+    // still write registers. Waits at most kFinishWaitMs for a write in
+    // progress (its thread may have faulted in it).
+    void finish();
+    static const int kFinishWaitMs = 500;
 
     static const uint64_t kDefaultMaxBytes = 1ull << 30;
     // The shortest wait kept: the daemon's shortest Delayms. Below it, the
@@ -42,6 +49,8 @@ private:
     void changed(size_t line, int level);
     void put(const char* text, int length);
 
+    std::timed_mutex mutex_;  // the file and the counts; writes come from every daemon thread
+    bool finished_;
     FILE* file_;
     std::string path_;
     std::vector<NamedPin> lines_;

@@ -2,13 +2,15 @@
 and panel.png for the panel kind named (a build without libpng,
 OLEDD_SIM_PNG=0, writes no panel.png), neither for a box without a screen
 or whose panel lacks a pin; leds.json shows each LED setting's pin and the
-level the daemon left on it."""
+level the daemon left on it. Relative paths are the starting folder's, and
+an output folder that cannot be written is refused."""
 
 import json
 import os
 import signal
+import tempfile
 
-from harness import E2ETest, main
+from harness import BIN_DIR, EMULATOR, E2ETest, main, run
 from test_startup import settings_text
 
 WRITES_PNG = os.environ.get("OLEDD_SIM_PNG", "1") == "1"
@@ -55,6 +57,27 @@ class PanelAndLedOutputs(E2ETest):
                     self.assertEqual(json.loads(out["leds.json"]), {
                         key: {"pin": pin, "level": level, "on": None if level is None else level == 0}
                         for key, (pin, level) in LEDS.items()})
+
+    def test_relative_paths_are_the_starting_folders_and_an_unwritable_out_is_refused(self):
+        box = self.box(files=kind("4"))
+        start = tempfile.mkdtemp(dir=box.out)  # not the folder that holds the root
+        box.start("--root", os.path.relpath(box.root, start), "--out", "out", "--trace", "t", "--vcd", "v", cwd=start)
+        box.wait_for("save config succeed")
+        box.signal(signal.SIGTERM)
+        box.wait()
+        self.assertEqual(sorted(os.listdir(start)), ["out", "t", "v"])
+        self.assertIn("panel.pgm", os.listdir(os.path.join(start, "out")))
+        self.assertGreater(os.path.getsize(os.path.join(start, "t")), 0)
+        sim = os.path.join(BIN_DIR, "oledd-sim")
+        # Root writes anywhere but under a file or on a read-only mount.
+        mounted = ["unshare", "-m", "sh", "-c", 'mount -t tmpfs -o ro none "$0" && exec "$@"', start]
+        for out, prefix, reason in ((os.path.join(start, "t", "out"), [], "Not a directory"),
+                                    (start, mounted, "Read-only file system")):
+            with self.subTest(reason=reason):
+                argv = prefix + EMULATOR + [sim, "--root", box.root, "--out", out]
+                done = run(*self.netns.exec_args(argv), check=False, timeout=30)
+                self.assertEqual((done.returncode, done.stderr.count("\n")), (2, 1))
+                self.assertIn("output folder %s: %s" % (out, reason), done.stderr)
 
 
 if __name__ == "__main__":
