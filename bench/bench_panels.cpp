@@ -16,6 +16,7 @@
 #include "register_access.h"
 #include "runtime_settings.h"
 #include "soc.h"
+#include "vcd_writer.h"
 
 namespace {
 
@@ -38,7 +39,7 @@ void line(const std::string& text, unsigned int* addr, unsigned int* high, unsig
 }
 
 // The board defaults' pins, wired to the panel of the given type.
-void wire(int type)
+BoxSettings wire(int type)
 {
     SimSoc::instance().reset();
     BoxSettings box;
@@ -54,6 +55,7 @@ void wire(int type)
     attach_panel(box, PanelByteSink());
     oled_type = type;
     set_reg(RES, RES_H);
+    return box;
 }
 
 // Times fn; fixed_waits are the seconds of sleeps and pauses it makes on
@@ -94,6 +96,19 @@ int main(int argc, char** argv)
     wire(4);
     OLEDMaster small;
     measure("small panel (two-wire): clear 8 pages", 0.0, [&small]() { small.ShowOLEDClear(0, 8); });
+    {
+        // The same, its bus recorded as oledd-sim --vcd records it.
+        const BoxSettings box = wire(4);
+        std::vector<NamedPin> lines;
+        panel_bus_pins(box, *panel_wiring_for(4), &lines);
+        FILE* file = tmpfile();
+        VcdWriter vcd(file, "bench.vcd", lines, VcdWriter::kDefaultMaxBytes);
+        vcd.attach();
+        measure("small panel (two-wire): clear, --vcd", 0.0, [&small]() { small.ShowOLEDClear(0, 8); });
+        SimSoc::instance().reset();
+        printf("%-34s %9ld bytes of waveform file\n", "small panel (two-wire): clear, --vcd", ftell(file));
+        fclose(file);
+    }
     wire(3);
     measure("small panel (four-wire): clear 8 pages", 0.0, [&small]() { small.ShowOLEDClear(0, 8); });
     SimSoc::instance().reset();
