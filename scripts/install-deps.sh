@@ -14,6 +14,7 @@ HOST_PKGS=(
   chromium chromium-driver python3-selenium
   prometheus python3-yaml python3-psutil
   qemu-user-static
+  sigrok-cli python3-matplotlib
 )
 # The two Debian ARM ports the cross builds use: armhf (ARMv7, hard-float)
 # and armel (ARMv5, soft-float).
