@@ -19,7 +19,7 @@ def annotations(vcd, decoder):
     out = subprocess.run(["sigrok-cli", "-I", "vcd", "-i", vcd, "-P", stack, "-A", classes,
                           "--protocol-decoder-jsontrace"], check=True, stdout=subprocess.PIPE, text=True).stdout
     begun, found = {}, []
-    for event in json.loads(out)["traceEvents"]:
+    for event in json.loads(out or "{}").get("traceEvents", []):  # nothing at all when nothing was found
         key = (event["tid"], event["name"])
         if event["ph"] == "B":
             begun[key] = len(found)
