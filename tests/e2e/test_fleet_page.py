@@ -40,7 +40,7 @@ class FleetPage(OperatorSegment):
         run_dir = tempfile.mkdtemp(prefix="oledt-run-")
         self.addCleanup(shutil.rmtree, run_dir)
         self.server = subprocess.Popen(
-            self.netns.exec_args([os.path.join(BIN_DIR, "oledctl"), "serve", "--timeout", "1"]),
+            self.netns.exec_args([os.path.join(BIN_DIR, "oledctl"), "serve", "--timeout", "1", "--subnet", "127.0.0.1/32"]),
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=dict(os.environ, XDG_RUNTIME_DIR=run_dir))
         self.addCleanup(self.stop_server)
         token_file = os.path.join(run_dir, "oledctl-serve-16180.token")
@@ -160,7 +160,7 @@ class FleetPage(OperatorSegment):
             with self.assertRaises(urllib.error.HTTPError) as refused:
                 post(headers, "vi=0")  # had it left, the file below would show it
             self.assertEqual(refused.exception.code, 403, headers)
-        for box in ("224.168.1.1", "127.0.0.1", "10.0.0.99"):  # only boxes of the page are sent to
+        for box in ("224.168.1.1", "127.0.0.1", "10.0.0.99"):  # only boxes of the page (loopback never) are sent to
             with self.assertRaises(urllib.error.HTTPError) as refused:
                 post({"X-Fleet-Token": self.token}, "vi=0", box)
             self.assertEqual(refused.exception.code, 400, box)

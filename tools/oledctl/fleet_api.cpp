@@ -139,16 +139,16 @@ Reply Api::scrape() {
 
 std::string Api::unknown_box(const std::vector<std::string>& boxes) const {
     for (const std::string& address : boxes) {
-        in_addr parsed{};  // 0.0.0.0, refused below, unless an address
+        in_addr parsed{};  // the callers checked the dotted form
         inet_pton(AF_INET, address.c_str(), &parsed);
         const std::uint32_t number = ntohl(parsed.s_addr);
-        const std::uint32_t first = number >> 24;
-        // The group, loopback, broadcast and "this host" would reach every
-        // box or this PC's own services, whoever answered from there.
-        const bool unicast = first != 0 && first != 127 && first < 224;
         const auto& subnet = network_.subnet_addresses;
         BoxState box;
-        if (!unicast || (!roster_.find(address, box) && std::find(subnet.begin(), subnet.end(), number) == subnet.end())) {
+        const bool known = roster_.find(address, box) || std::find(subnet.begin(), subnet.end(), number) != subnet.end();
+        // Neither a subnet nor a box's answer can be the group; a loopback
+        // subnet, or a local program answering a round, can: it is this
+        // PC's own services, not a box.
+        if (!known || number >> 24 == 127) {
             return address + " is not a box of this page: only boxes that answered or addresses of --subnet are asked";
         }
     }
