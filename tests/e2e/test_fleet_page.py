@@ -39,11 +39,13 @@ class FleetPage(OperatorSegment):
         self.boxes = [self.serving_box(addr) for addr in BOXES]
         run_dir = tempfile.mkdtemp(prefix="oledt-run-")
         self.addCleanup(shutil.rmtree, run_dir)
+        token_file = os.path.join(run_dir, "oledctl-serve-16180.token")
+        with open(os.open(token_file, os.O_CREAT | os.O_WRONLY, 0o644), "w") as old:  # an earlier start's
+            old.write("an older and longer token, readable by all\n")
         self.server = subprocess.Popen(
             self.netns.exec_args([os.path.join(BIN_DIR, "oledctl"), "serve", "--timeout", "1", "--subnet", "127.0.0.1/32"]),
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=dict(os.environ, XDG_RUNTIME_DIR=run_dir))
         self.addCleanup(self.stop_server)
-        token_file = os.path.join(run_dir, "oledctl-serve-16180.token")
         self.assertEqual(self.server.stdout.readline(),
                          "fleet page: http://127.0.0.1:16180/?token=TOKEN (the token in %s)\n" % token_file)
         self.assertEqual(os.stat(token_file).st_mode & 0o777, 0o600)

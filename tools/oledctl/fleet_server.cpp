@@ -52,7 +52,8 @@ int body_refusal(const httplib::Request& request, std::string& reason) {
         reason = "send the request body with a Content-Length";
         return 411;
     }
-    if (length.find_first_not_of("0123456789") != std::string::npos || length.size() > 6 ||
+    // strtoul gives its largest number for a longer one.
+    if (length.find_first_not_of("0123456789") != std::string::npos ||
         std::strtoul(length.c_str(), nullptr, 10) > kMaxBody) {
         reason = "a request body may have at most 64 KiB";
         return 413;
