@@ -155,7 +155,7 @@ int serve(const CliOptions& options) {
         token = new_token();
         if (token.empty()) return fail(kFailed, std::string("no random bytes for the session token: ") + std::strerror(errno));
         token_file = default_token_path(port);
-        if (token_file.empty()) return fail(kFailed, "neither XDG_RUNTIME_DIR nor HOME names a folder for the token file: give --token-file");
+        if (token_file.empty()) return fail(kFailed, "no folder for the token file in XDG_RUNTIME_DIR or HOME: give --token-file");
         const std::string unwritten = write_token_file(token_file, token);
         if (!unwritten.empty()) return fail(kFailed, unwritten);
     }
