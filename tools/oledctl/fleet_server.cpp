@@ -182,8 +182,8 @@ int serve(const CliOptions& options) {
     });
     server.set_pre_routing_handler(
         [&token](const httplib::Request& request, httplib::Response& response) { return guard(request, response, token); });
-    // A client that waits for leave to send its body learns the refusal
-    // instead.
+    // A client that asks before it sends a body (Expect: 100-continue)
+    // learns the refusal and sends nothing.
     server.set_expect_100_continue_handler([&token](const httplib::Request& request, httplib::Response& response) {
         return guard(request, response, token) == httplib::Server::HandlerResponse::Handled ? response.status : 100;
     });
