@@ -5,6 +5,7 @@ OLEDD_FLEET_SCREENSHOT=FILE to keep a picture of the page."""
 import os
 import re
 import shutil
+import socket
 import subprocess
 import tempfile
 import time
@@ -36,14 +37,21 @@ class FleetPage(OperatorSegment):
     def setUp(self):
         super().setUp()
         self.boxes = [self.serving_box(addr) for addr in BOXES]
+        run_dir = tempfile.mkdtemp(prefix="oledt-run-")
+        self.addCleanup(shutil.rmtree, run_dir)
+        token_file = os.path.join(run_dir, "oledctl-serve-16180.token")
+        with open(os.open(token_file, os.O_CREAT | os.O_WRONLY, 0o644), "w") as old:  # an earlier start's
+            old.write("an older and longer token, readable by all\n")
         self.server = subprocess.Popen(
-            self.netns.exec_args([os.path.join(BIN_DIR, "oledctl"), "serve", "--timeout", "1"]),
-            stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+            self.netns.exec_args([os.path.join(BIN_DIR, "oledctl"), "serve", "--timeout", "1", "--subnet", "127.0.0.1/32"]),
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=dict(os.environ, XDG_RUNTIME_DIR=run_dir))
         self.addCleanup(self.stop_server)
-        first = self.server.stdout.readline()
-        self.assertTrue(first.startswith("fleet page: http://127.0.0.1:16180/?token="), first)
-        self.url = first.split(": ", 1)[1].strip()
-        self.token = self.url.split("token=", 1)[1]
+        self.assertEqual(self.server.stdout.readline(),
+                         "fleet page: http://127.0.0.1:16180/?token=TOKEN (the token in %s)\n" % token_file)
+        self.assertEqual(os.stat(token_file).st_mode & 0o777, 0o600)
+        with open(token_file) as file:
+            self.token = file.read().strip()
+        self.url = "http://127.0.0.1:16180/?token=" + self.token
 
     def stop_server(self):
         if self.server.poll() is None:
@@ -96,6 +104,8 @@ class FleetPage(OperatorSegment):
         until(lambda: [r.get_attribute("data-address") for r in browser.find_elements(By.CSS_SELECTOR, "tbody tr")]
               == list(BOXES))
         self.assertEqual([row(a).find_element(By.CLASS_NAME, "state").text for a in BOXES], ["answers"] * 3)
+        self.assertEqual(browser.current_url, "http://127.0.0.1:16180/")  # the token left the address bar
+        browser.find_element(By.ID, "auto").click()  # no round but those asked for: the saves below are counted
         self.assertEqual(Select(field(BOXES[0], "oled_type")).first_selected_option.text, "1 old-small")
         # One switch of one box: that box's file changes, the others' do not.
         before = self.files()
@@ -140,8 +150,8 @@ class FleetPage(OperatorSegment):
     def refuse_without_token(self):
         direct = urllib.request.build_opener(urllib.request.ProxyHandler({}))
 
-        def post(headers, item):
-            body = ('{"boxes": ["10.0.0.5"], "items": ["%s"]}' % item).encode()
+        def post(headers, item, box="10.0.0.5"):
+            body = ('{"boxes": ["%s"], "items": ["%s"]}' % (box, item)).encode()
             return direct.open(urllib.request.Request("http://127.0.0.1:16180/api/set", data=body, headers=headers),
                                timeout=5)
 
@@ -153,10 +163,28 @@ class FleetPage(OperatorSegment):
             with self.assertRaises(urllib.error.HTTPError) as refused:
                 post(headers, "vi=0")  # had it left, the file below would show it
             self.assertEqual(refused.exception.code, 403, headers)
+        for box in ("224.168.1.1", "127.0.0.1", "10.0.0.99"):  # only boxes of the page (loopback never) are sent to
+            with self.assertRaises(urllib.error.HTTPError) as refused:
+                post({"X-Fleet-Token": self.token}, "vi=0", box)
+            self.assertEqual(refused.exception.code, 400, box)
         with post({"X-Fleet-Token": self.token}, "cpu=0") as done:
             self.assertEqual(done.status, 200)
         self.wait_for_setting(self.boxes[0], "OLed_a_cpu=0")
         self.assertEqual(self.boxes[0].read("/data/oled.ini"), before.replace("OLed_a_cpu=1", "OLed_a_cpu=0"))
+
+    def test_a_stranger_cannot_fill_the_servers_memory(self):
+        for path, answer in (("/", b"405"), ("/api/set", b"413")):
+            with self.netns.entered():
+                sock = socket.create_connection(("127.0.0.1", 16180))
+            sock.sendall(b"POST %s HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Length: 150000000\r\n\r\n" % path.encode())
+            self.assertEqual(sock.recv(12), b"HTTP/1.1 " + answer)  # before the body was sent
+            with self.assertRaises(OSError):  # the server ends the connection rather than read on
+                for _ in range(150):
+                    sock.sendall(bytes(1 << 20))
+            sock.close()
+        with open("/proc/%d/status" % self.server.pid) as status:  # the peak, not what is left after it
+            peak_kb = int(re.search(r"VmHWM:\s+(\d+) kB", status.read()).group(1))
+        self.assertLess(peak_kb, 64 * 1024)
 
 
 if __name__ == "__main__":

@@ -3,6 +3,8 @@
 #include "fleet_api.h"
 #include "fleet_guard.h"
 #include "fleet_roster.h"
+#include "metrics.h"
+#include "subnets.h"
 
 namespace {
 
@@ -98,6 +100,27 @@ TEST(FleetRoster, BoxesThatStopAnsweringStayWithTheirLastSettings) {
     ASSERT_TRUE(roster.find("10.0.0.9", box));
     EXPECT_FALSE(box.answering);
     EXPECT_FALSE(roster.find("10.0.0.77", box));
+}
+
+TEST(FleetRoster, ForgedAnswersNeitherGrowTheRosterNorItsTexts) {
+    fleet::Roster roster;
+    const protocol::Settings forged = {{"OLed_a_small_n_buf", std::string(2048, 'x')}, {"OLed_a_cpu", "1"}};
+    for (std::uint32_t i = 0; i < 10000; ++i) roster.answered(subnets::dotted(0x0a000000 + i), forged, 100);
+    EXPECT_EQ(roster.boxes().size(), 4096u);
+    fleet::BoxState box;  // the boxes that answer keep their places
+    EXPECT_TRUE(roster.find("10.0.0.0", box) && !roster.find("10.0.39.15", box));
+    EXPECT_NE(metrics::exposition(roster.boxes()).find("custom_text=\"" + std::string(20, 'x') + "\""), std::string::npos);
+
+    // Once the forged boxes fall silent, the oldest gives its place to a box that answers.
+    roster.answered("10.0.0.1", forged, 50);
+    roster.silent_except({});
+    roster.answered("10.200.0.1", protocol::Settings(1000, {"OLed_a_cpu", "12345678901234567890"}), 200);
+    EXPECT_FALSE(roster.find("10.0.0.1", box));
+    ASSERT_TRUE(roster.find("10.200.0.1", box));
+    EXPECT_EQ(roster.boxes().size(), 4096u);
+    std::size_t kept = 0;  // as lines of the settings file
+    for (const auto& pair : box.settings) kept += pair.first.size() + 1 + pair.second.size() + 1;
+    EXPECT_TRUE(kept <= 2048 && kept > 2048 - 32) << kept;
 }
 
 }  // namespace

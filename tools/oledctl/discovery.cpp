@@ -26,6 +26,8 @@ std::string discover(const Network& network, const Answer& on_answer) {
     std::unordered_set<std::string> answered;
     const UdpClient::Handler take = [&](const std::string& source, const std::string& payload) {
         protocol::Settings settings;
+        // Forged answers from ever new addresses end at the largest sweep.
+        if (answered.size() >= subnets::kMaxAddresses && answered.count(source) == 0) return false;
         if (protocol::parse_reply(payload, settings) && answered.insert(source).second) on_answer(source, settings);
         return false;  // everyone may answer until the deadline
     };

@@ -1,6 +1,9 @@
 #include "fleet_api.h"
 
+#include <arpa/inet.h>
+
 #include <algorithm>
+#include <cstdint>
 #include <nlohmann/json.hpp>
 
 #include "metrics.h"
@@ -134,8 +137,28 @@ Reply Api::scrape() {
     return {kOk, metrics::exposition(roster_.boxes())};
 }
 
+std::string Api::unknown_box(const std::vector<std::string>& boxes) const {
+    for (const std::string& address : boxes) {
+        in_addr parsed{};  // the callers checked the dotted form
+        inet_pton(AF_INET, address.c_str(), &parsed);
+        const std::uint32_t number = ntohl(parsed.s_addr);
+        const auto& subnet = network_.subnet_addresses;
+        BoxState box;
+        const bool known = roster_.find(address, box) || std::find(subnet.begin(), subnet.end(), number) != subnet.end();
+        // Neither a subnet nor a box's answer can be the group; a loopback
+        // subnet, or a local program answering a round, can: it is this
+        // PC's own services, not a box.
+        if (!known || number >> 24 == 127) {
+            return address + " is not a box of this page: only boxes that answered or addresses of --subnet are asked";
+        }
+    }
+    return "";
+}
+
 Reply Api::read(const std::string& address) {
     if (!protocol::is_ipv4(address)) return refusal(kBadRequest, "'" + address + "' is not a dotted IPv4 address");
+    const std::string unknown = unknown_box({address});
+    if (!unknown.empty()) return refusal(kBadRequest, unknown);
     std::vector<std::string> answered;
     const std::string error = ask({address}, "", answered);
     if (!error.empty()) return refusal(kNetworkFailure, error);
@@ -164,6 +187,8 @@ Reply Api::led_test(const std::string& body) {
 }
 
 Reply Api::send_and_read(const std::vector<std::string>& boxes, const std::vector<std::string>& items) {
+    const std::string unknown = unknown_box(boxes);
+    if (!unknown.empty()) return refusal(kBadRequest, unknown);
     std::vector<std::string> answered;
     const std::string error = ask(boxes, protocol::build_set(items, ""), answered);
     if (!error.empty()) return refusal(kNetworkFailure, error);

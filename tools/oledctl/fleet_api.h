@@ -38,6 +38,9 @@ public:
     Reply led_test(const std::string& body);  // the same with test=1 or test=0
 
 private:
+    // Empty result: every address is a box of the roster or of --subnet,
+    // else the reason for the first that is not.
+    std::string unknown_box(const std::vector<std::string>& boxes) const;
     // Empty result: fine, else a network failure.
     std::string round();
     Reply send_and_read(const std::vector<std::string>& boxes, const std::vector<std::string>& items);

@@ -1,10 +1,15 @@
 #include "fleet_guard.h"
 
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <sys/random.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 
@@ -50,6 +55,34 @@ std::string read_token_file(const std::string& path, std::string& token) {
     for (char c : trimmed) printable = printable && c > ' ' && c <= '~';
     if (!printable) return "token file " + path + ": the token must be 16 to 256 printable characters without spaces";
     token = trimmed;
+    return "";
+}
+
+std::string default_token_path(int port) {
+    const std::string name = "oledctl-serve-" + std::to_string(port) + ".token";
+    for (const char* variable : {"XDG_RUNTIME_DIR", "HOME"}) {
+        const char* folder = std::getenv(variable);
+        if (folder != nullptr && folder[0] == '/') return std::string(folder) + "/" + name;
+    }
+    return "";
+}
+
+std::string write_token_file(const std::string& path, const std::string& token) {
+    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
+    if (fd < 0) return "cannot write the token file " + path + ": " + std::strerror(errno);
+    const std::string line = token + "\n";
+    struct stat file {};
+    std::string failure;
+    if (::fstat(fd, &file) != 0) {
+        failure = std::strerror(errno);
+    } else if (!S_ISREG(file.st_mode) || file.st_uid != ::geteuid()) {
+        failure = "not a file of this user";  // someone else's is not ours to fill
+    } else if (::fchmod(fd, 0600) != 0 || ::ftruncate(fd, 0) != 0 ||
+               ::write(fd, line.data(), line.size()) != static_cast<ssize_t>(line.size())) {
+        failure = std::strerror(errno);
+    }
+    if (::close(fd) != 0 && failure.empty()) failure = std::strerror(errno);
+    if (!failure.empty()) return "cannot write the token file " + path + ": " + failure;
     return "";
 }
 

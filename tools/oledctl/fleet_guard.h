@@ -4,7 +4,7 @@
 #include <string>
 
 // Who may drive the boxes through the fleet page: the one who holds the
-// session token printed at start, from a browser tab of this server's own.
+// session token, from a browser tab of this server's own.
 namespace fleet {
 
 constexpr const char* kDefaultListen = "127.0.0.1";
@@ -19,6 +19,15 @@ std::string new_token();
 // credentials file: surrounding white space dropped. Empty result: fine,
 // else a one-line reason.
 std::string read_token_file(const std::string& path, std::string& token);
+
+// Where serve keeps a token it made, so that it stays out of logs and
+// terminals: the user's runtime folder (only they can enter it, and it is
+// emptied at logout), else the home folder. Empty when neither is known.
+std::string default_token_path(int port);
+
+// Writes the token readable by its owner only (mode 0600, also over an
+// older file). Empty result: fine, else a one-line reason.
+std::string write_token_file(const std::string& path, const std::string& token);
 
 // Takes as long for a guess that is right up to its last digit as for
 // one wrong from the first, so timing tells nothing about the token.

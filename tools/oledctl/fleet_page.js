@@ -2,7 +2,17 @@
 // The fleet page: every rule about keys and values lives in oledctl; the
 // page sends what the operator typed and shows the server's answer.
 
-const token = new URLSearchParams(location.search).get('token') || '';
+// The token leaves the address bar (and the history, and what is shared
+// of the screen) once read; the tab keeps it for a reload.
+const token = (() => {
+  const given = new URLSearchParams(location.search).get('token');
+  if (given) {
+    sessionStorage.setItem('token', given);
+    history.replaceState(null, '', location.pathname);
+  }
+  return sessionStorage.getItem('token') ||
+    (prompt('The session token, from the file oledctl serve named when it started:') || '').trim();
+})();
 const refreshSeconds = 10;
 // The columns after the panel type, by command key, and their headings.
 const columns = [
@@ -36,7 +46,7 @@ async function api(method, path, body) {
     return { status: 0, data: { error: 'oledctl serve does not answer: ' + error.message } };
   }
   const data = await response.json().catch(() => ({ error: 'unreadable answer' }));
-  if (response.status === 403) data.error += ' (open the address oledctl serve printed: it carries the token)';
+  if (response.status === 403) data.error += ' (reopen the page with ?token= and the token from the file oledctl serve named)';
   return { status: response.status, data };
 }
 

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "settings_view.h"
+
 namespace fleet {
 namespace {
 
@@ -18,9 +20,19 @@ std::uint32_t order(const std::string& address) {
 
 void Roster::answered(const std::string& address, const protocol::Settings& settings, std::time_t now) {
     std::lock_guard<std::mutex> lock(mutex_);
-    BoxState& box = boxes_[order(address)];
+    const std::uint32_t key = order(address);
+    if (boxes_.size() >= kMaxBoxes && boxes_.count(key) == 0) {
+        auto oldest = boxes_.end();
+        for (auto known = boxes_.begin(); known != boxes_.end(); ++known) {
+            if (known->second.answering) continue;
+            if (oldest == boxes_.end() || known->second.last_answer < oldest->second.last_answer) oldest = known;
+        }
+        if (oldest == boxes_.end()) return;
+        boxes_.erase(oldest);
+    }
+    BoxState& box = boxes_[key];
     box.address = address;
-    box.settings = settings;
+    box.settings = settings_view::kept(settings);
     box.last_answer = now;
     box.answering = true;
 }

@@ -24,6 +24,12 @@ struct BoxState {
 // Requests of the web server run on several threads at once.
 class Roster {
 public:
+    // The largest sweep: forged answers cannot grow the roster past it.
+    static constexpr std::size_t kMaxBoxes = 4096;
+
+    // Keeps what settings_view::kept keeps. When the roster is full a new
+    // box takes the place of the silent one heard from longest ago, or is
+    // not added when every box answers.
     void answered(const std::string& address, const protocol::Settings& settings, std::time_t now);
     // Asked and got no answer; unknown boxes are not added.
     void silent(const std::string& address);

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <thread>
@@ -24,6 +25,8 @@ constexpr int kFailed = 1;
 constexpr int kBadInput = 2;
 
 const char* const kJson = "application/json";
+// The API's largest request, items for every box of a sweep, is far below.
+constexpr std::size_t kMaxBody = 64 * 1024;
 
 int fail(int status, const std::string& reason) {
     std::fprintf(stderr, "oledctl: %s\n", reason.c_str());
@@ -35,10 +38,41 @@ void send(httplib::Response& response, const Reply& reply) {
     response.set_content(reply.body, kJson);
 }
 
+// The status that refuses a request for its method or body, 0 for none.
+// The library reads a body whole before the routes, and one without a
+// stated length until the sender stops: only a stated, small length passes.
+int body_refusal(const httplib::Request& request, std::string& reason) {
+    const bool bodiless = request.method == "GET" || request.method == "HEAD";
+    if (!bodiless && request.path.compare(0, 5, "/api/") != 0) {
+        reason = "only GET is served outside /api/";
+        return 405;
+    }
+    const std::string length = request.get_header_value("Content-Length");
+    if (request.has_header("Transfer-Encoding") || (!bodiless && length.empty())) {
+        reason = "send the request body with a Content-Length";
+        return 411;
+    }
+    // strtoul gives its largest number for a longer one.
+    if (length.find_first_not_of("0123456789") != std::string::npos ||
+        std::strtoul(length.c_str(), nullptr, 10) > kMaxBody) {
+        reason = "a request body may have at most 64 KiB";
+        return 413;
+    }
+    return 0;
+}
+
 // Refuses what does not come from the holder of the token through a page
-// of ours; everything else goes on to the routes.
+// of ours, and bodies that are not worth reading, before the body is read;
+// everything else goes on to the routes.
 httplib::Server::HandlerResponse guard(const httplib::Request& request, httplib::Response& response,
                                        const std::string& token) {
+    std::string why_not;
+    const int status = body_refusal(request, why_not);
+    if (status != 0) {
+        if (status == 405) response.set_header("Allow", "GET, HEAD");
+        send(response, refusal(status, why_not));
+        return httplib::Server::HandlerResponse::Handled;
+    }
     const std::string host = request.get_header_value("Host");
     // A scrape names the server as its config does, a host name too; a
     // page that rebinds a name to us cannot send the token it lacks.
@@ -113,12 +147,17 @@ int serve(const CliOptions& options) {
     const std::string error = parse_listen(options.listen.empty() ? kDefaultListen : options.listen, address, port);
     if (!error.empty()) return fail(kBadInput, error);
     std::string token;
-    if (!options.token_file.empty()) {
-        const std::string unusable = read_token_file(options.token_file, token);
+    std::string token_file = options.token_file;
+    if (!token_file.empty()) {
+        const std::string unusable = read_token_file(token_file, token);
         if (!unusable.empty()) return fail(kBadInput, unusable);
     } else {
         token = new_token();
         if (token.empty()) return fail(kFailed, std::string("no random bytes for the session token: ") + std::strerror(errno));
+        token_file = default_token_path(port);
+        if (token_file.empty()) return fail(kFailed, "no folder for the token file in XDG_RUNTIME_DIR or HOME: give --token-file");
+        const std::string unwritten = write_token_file(token_file, token);
+        if (!unwritten.empty()) return fail(kFailed, unwritten);
     }
 
     // Only this thread takes the stop signals; the server's threads,
@@ -143,6 +182,15 @@ int serve(const CliOptions& options) {
     });
     server.set_pre_routing_handler(
         [&token](const httplib::Request& request, httplib::Response& response) { return guard(request, response, token); });
+    // A client that asks before it sends a body (Expect: 100-continue)
+    // learns the refusal and sends nothing.
+    server.set_expect_100_continue_handler([&token](const httplib::Request& request, httplib::Response& response) {
+        return guard(request, response, token) == httplib::Server::HandlerResponse::Handled ? response.status : 100;
+    });
+    server.set_payload_max_length(kMaxBody);
+    // A refused body stays unread: the connection ends with the answer, or
+    // the library would read the body as the next request.
+    server.set_keep_alive_max_count(1);
     add_routes(server, api);
     if (!server.bind_to_port(address.c_str(), port)) {
         return fail(kFailed, "cannot listen on " + address + ":" + std::to_string(port) + ": " + std::strerror(errno));
@@ -154,13 +202,9 @@ int serve(const CliOptions& options) {
                      address.c_str());
     }
     const std::string shown = address == "0.0.0.0" ? "127.0.0.1" : address;
-    if (options.token_file.empty()) {
-        std::printf("fleet page: http://%s:%d/?token=%s\n(Ctrl-C ends it)\n", shown.c_str(), port, token.c_str());
-    } else {
-        // The token stays in its file, out of logs that keep this output.
-        std::printf("fleet page: http://%s:%d/?token=TOKEN (the token in %s)\n(Ctrl-C ends it)\n", shown.c_str(),
-                    port, options.token_file.c_str());
-    }
+    // The token stays in its file, out of logs that keep this output.
+    std::printf("fleet page: http://%s:%d/?token=TOKEN (the token in %s)\n(Ctrl-C ends it)\n", shown.c_str(), port,
+                token_file.c_str());
     std::fflush(stdout);
 
     std::atomic<bool> serving{true};

@@ -71,9 +71,10 @@ void usage(const std::string& verb) {
             "Serves the fleet page, a table of every box on the segment to see and\n"
             "change in a browser, its JSON API and, at /metrics, the boxes for\n"
             "Prometheus (one discovery round per scrape), until Ctrl-C. Listens on\n"
-            "127.0.0.1:16180 unless told otherwise; prints the page's address with\n"
-            "its session token, which every API request must carry (/metrics as\n"
-            "'Authorization: Bearer TOKEN').\n"
+            "127.0.0.1:16180 unless told otherwise and prints the page's address.\n"
+            "Every API request must carry the session token (/metrics as\n"
+            "'Authorization: Bearer TOKEN'); a new one is written, readable by you\n"
+            "only, to $XDG_RUNTIME_DIR/oledctl-serve-PORT.token ($HOME when unset).\n"
             "  --token-file FILE  the session token is FILE's content (16 to 256\n"
             "                   printable characters, no spaces), so that a scrape\n"
             "                   config can name the same file\n%s",

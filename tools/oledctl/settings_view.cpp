@@ -60,7 +60,22 @@ uint32_t address_order(const std::string& address) {
     return ntohl(parsed.s_addr);
 }
 
+constexpr std::size_t kBoxText = 20;
+constexpr std::size_t kKeptPerAnswer = 2048;
+
 }  // namespace
+
+protocol::Settings kept(const protocol::Settings& settings) {
+    protocol::Settings out;
+    std::size_t size = 0;
+    for (const auto& pair : settings) {
+        const std::string value = pair.second.substr(0, kBoxText);
+        size += pair.first.size() + value.size() + 2;  // as the line "KEY=VALUE\n"
+        if (size > kKeptPerAnswer) break;
+        out.emplace_back(pair.first, value);
+    }
+    return out;
+}
 
 std::string panel_name(const std::string& type) {
     static const char* const names[] = {"big", "old-small", "none", "small-0.96-4wire", "small-0.96", "small-1.29",

@@ -16,6 +16,11 @@ std::string to_json(const protocol::Settings& settings);
 // LED switches.
 std::string summary(const std::string& address, const protocol::Settings& settings);
 
+// What the fleet keeps of a box's answer: each value cut to the 20
+// characters a box holds, and pairs up to 2 KiB in all, so that a forged
+// answer fills neither memory nor a page nor a metrics label.
+protocol::Settings kept(const protocol::Settings& settings);
+
 // The panel kind's name for an OLed_a_kind_start value ("big", ...).
 std::string panel_name(const std::string& type);
 
