@@ -3,11 +3,9 @@ pair to a peer namespace at 192.168.1.1, the status pages of the good
 fixture box, the loops running, and the daemon's process watched through
 /proc (memory, descriptors, children, threads, socket queue)."""
 
-import ctypes
 import os
 import re
 import shutil
-import struct
 import time
 
 import psutil
@@ -94,42 +92,10 @@ class Process(psutil.Process):
                    lambda: "children %s, descriptors %s" % (self.children(), self.descriptors()), every=0.003)
 
 
-class FileWrites:
-    """Counts the writes of one file through inotify: a replacement by
-    rename (the daemon's durable save) or a rewrite in place."""
-
-    _IN_CLOSE_WRITE, _IN_MOVED_TO = 0x8, 0x80
-
-    def __init__(self, path):
-        libc = ctypes.CDLL(None, use_errno=True)
-        self.fd = libc.inotify_init1(os.O_NONBLOCK | os.O_CLOEXEC)
-        folder = os.path.dirname(path).encode()
-        if self.fd < 0 or libc.inotify_add_watch(self.fd, folder, self._IN_CLOSE_WRITE | self._IN_MOVED_TO) < 0:
-            raise OSError(ctypes.get_errno(), "inotify on " + path)
-        self.name = os.path.basename(path).encode()
-        self.writes = 0
-
-    def count(self):
-        """Writes seen so far; call it often during a flood of writes."""
-        while True:
-            try:
-                data = os.read(self.fd, 1 << 16)
-            except BlockingIOError:
-                return self.writes
-            at = 0
-            while at < len(data):
-                length = struct.unpack_from("iIII", data, at)[3]
-                self.writes += data[at + 16:at + 16 + length].rstrip(b"\0") == self.name
-                at += 16 + length
-
-    def close(self):
-        os.close(self.fd)
-
-
 class FaultTest(PeerTest):
     """A box with the good fixture's status pages and given settings."""
 
-    def start_box(self, settings, board="BRD25", settle=True):
+    def start_box(self, settings, board="BRD25"):
         box = QuietSimBox(netns=self.netns, board=board)
         self.addCleanup(box.close)
         shutil.copytree(FIXTURE, box.root, dirs_exist_ok=True, symlinks=True)
@@ -137,8 +103,7 @@ class FaultTest(PeerTest):
         self.sim = box
         box.start()
         box.wait_for(SAVED)
-        if settle:
-            self.settle()
+        self.settle()
         self.process = Process(box.proc.pid)
         return box
 

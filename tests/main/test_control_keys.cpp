@@ -9,8 +9,7 @@ namespace {
 
 struct Edges {
     std::vector<const char*> keys;
-    std::vector<std::string> taken;
-    std::vector<std::string> refused;
+    std::vector<std::string> taken, refused;
 };
 
 }  // namespace
@@ -45,23 +44,12 @@ TEST(ControlKeys, EveryKeyTakesItsLimitsAndNothingBeyond)
             for (const std::string& value : edges.taken) {
                 EXPECT_EQ(control_value_problem(*key, value), "") << name << "=" << value;
             }
-            for (const std::string& value : edges.refused) {
-                const std::string problem = control_value_problem(*key, value);
-                EXPECT_EQ(problem.compare(0, std::string(name).size() + 2, std::string(name) + ": "), 0)
-                    << name << "=" << value << " gave '" << problem << "'";
+            for (const std::string& value : edges.refused) {  // refused, with a reason that names the key
+                EXPECT_EQ(control_value_problem(*key, value).find(std::string(name) + ": "), 0u) << name << "=" << value;
             }
         }
     }
-    // And the two keys that carry no setting: every key is covered above.
-    EXPECT_NE(find_control_key("controlled"), nullptr);
-    EXPECT_NE(find_control_key("replyoled"), nullptr);
+    // And the marker and the reply, which carry no setting: every key.
     EXPECT_EQ(keys + 2, kControlKeyCount);
     EXPECT_EQ(find_control_key("Cpu"), nullptr);
-}
-
-TEST(ControlKeys, RefusedValuesAreShownSafely)
-{
-    EXPECT_EQ(shown_value("abc"), "abc");
-    EXPECT_EQ(shown_value("\x1b[2J\x7f\xff"), "\\x1b[2J\\x7f\\xff");
-    EXPECT_EQ(shown_value(std::string(30, 'x')), std::string(24, 'x') + "...");
 }
