@@ -137,7 +137,7 @@ else
   row "oledd-sim rows" "skipped" "" "need root for the namespaces"
 fi
 if [ -n "$reflection" ]; then
-  row "reply bytes per byte sent, replyoled flood 1000/s, primed" "$(sim_field build/bin/oledd-sim 2 "$reflection")" \
+  row "reply bytes per byte sent, replyoled flood, primed" "$(sim_field build/bin/oledd-sim 2 "$reflection")" \
       "$(sim_field build-literal/bin/oledd-sim 2 "$reflection")" \
       "every datagram answered; 1000-byte texts sent to the 14 text keys first"
   row "flash writes per changing datagram, flood 200/s" "$(sim_field build/bin/oledd-sim 2 "$saves")" \

@@ -18,11 +18,11 @@ public:
     };
 
     // A tool polls a box a few times a second and a script may read it a
-    // handful of times at once: a reply is 700 to 1,200 bytes, so 12 kB a
-    // second with a burst of 24 kB answer both, while a flood aimed at one
+    // handful of times at once: a reply is 700 to 1,200 bytes, so 6 kB a
+    // second with a burst of 12 kB answer both, while a flood aimed at one
     // address gets no more than that out of the box whatever it sends.
-    static const int kPerDestinationBytesPerSecond = 12000;
-    static const int kPerDestinationBurstBytes = 24000;
+    static const int kPerDestinationBytesPerSecond = 6000;
+    static const int kPerDestinationBurstBytes = 12000;
     // Many destinations at once still get no more than 100 kB a second in
     // all. Only replies sent count here, so a flood aimed at one address,
     // once its own bucket is empty, leaves the rest to others.

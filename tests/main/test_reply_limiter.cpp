@@ -32,9 +32,9 @@ TEST(ReplyLimiter, FloodAtOneAddressGetsItsBytesAndAnOperatorIsAlwaysAnswered)
             operator_answered += limiter.allow(kOperator, kReply, ms) == ReplyLimiter::kSend;
         }
     }
-    // 24 kB at once, then 12 kB a second.
-    EXPECT_EQ(sent_in_first_10_s, 24 + 119);
-    EXPECT_EQ(sent, 24 + 239);
+    // 12 kB at once, then 6 kB a second.
+    EXPECT_EQ(sent_in_first_10_s, 12 + 59);
+    EXPECT_EQ(sent, 12 + 119);
     // One line when the limiting starts, one more 10 s later.
     EXPECT_EQ(told_in_first_10_s, 1);
     EXPECT_EQ(told, 2);
@@ -58,7 +58,7 @@ TEST(ReplyLimiter, ManyDestinationsShareTheWholeBoxCap)
 TEST(ReplyLimiter, TableKeepsRecentDestinationsAndReusesTheOldest)
 {
     ReplyLimiter limiter;
-    for (int i = 0; i < 24; ++i) {
+    for (int i = 0; i < 12; ++i) {
         ASSERT_EQ(limiter.allow(kThird, kReply, 0), ReplyLimiter::kSend);
     }
     ASSERT_NE(limiter.allow(kThird, kReply, 0), ReplyLimiter::kSend);
