@@ -176,7 +176,7 @@ void carry_out(const ControlKey& key, const std::string& value, Datagram& datagr
     const C::SoftWareConfigID id = setting_id(key.setting);
     switch (key.effect) {
     case ControlEffect::Marker:
-        printf("controlled ip %s\n", shown_value(value).c_str());
+        printf("controlled ip %s\n", shown_value(value, value.size()).c_str());
         break;
     case ControlEffect::Switch:
         if (bool* flag = switch_flag(key.key)) {

@@ -14,8 +14,6 @@ const int kLastBit = 7;
 // The panel's custom line holds 20 characters; the box copies at most 21
 // bytes, and a 21-byte text would lose its terminator there.
 const long kCustomTextMax = 20;
-// Longer echoes of a refused value are cut: the reason is in the start.
-const size_t kShownMax = 24;
 
 std::string number_text(long long number)
 {
@@ -166,10 +164,10 @@ std::string control_value_problem(const ControlKey& key, const std::string& valu
     return "";
 }
 
-std::string shown_value(const std::string& value)
+std::string shown_value(const std::string& value, size_t most)
 {
     std::string shown;
-    for (size_t i = 0; i < value.size() && i < kShownMax; ++i) {
+    for (size_t i = 0; i < value.size() && i < most; ++i) {
         const unsigned char c = static_cast<unsigned char>(value[i]);
         if (c >= ' ' && c <= '~') {
             shown += static_cast<char>(c);
@@ -179,5 +177,5 @@ std::string shown_value(const std::string& value)
             shown += escaped;
         }
     }
-    return value.size() > kShownMax ? shown + "..." : shown;
+    return value.size() > most ? shown + "..." : shown;
 }

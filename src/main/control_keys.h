@@ -42,8 +42,9 @@ const ControlKey* find_control_key(const std::string& key);
 std::string control_value_problem(const ControlKey& key, const std::string& value);
 
 // A value as it may be shown in a message: printable ASCII, others as
-// \xNN, and cut short, so that an echo cannot reach a terminal raw.
-std::string shown_value(const std::string& value);
+// \xNN, so that an echo cannot reach a terminal raw; cut after most
+// characters.
+std::string shown_value(const std::string& value, size_t most = 24);
 
 // Whether text is GROUP_BIT within the SoC's groups and bits; the pin goes
 // to group and bit.
