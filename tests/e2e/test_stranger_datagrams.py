@@ -57,7 +57,8 @@ class StrangerDatagrams(FaultTest):
         self.assertEqual([line.split(":")[0][len("item refused, "):] for line in self.refused(start)],
                          ["sleep", "oled_type", "oled_string", "oled_string", "sml_sda", "vcc", "gnd", "pwr_led"])
         for kept in ("OLed_a_sleep_tim=3", "OLed_a_kind_start=4", "OLed_a_small_n_buf=WELCOME", "OLed_a_cpu=0",
-                     "OLed_a_vi=0", "OLed_sml_SDINMUX=4_1", "OLed_sml_SCLKMUX=4_0", "OLed_sml_VCCMUX=0", "kLed_pwr_gpio=4_3"):
+                     "OLed_a_vi=0", "OLed_sml_SDINMUX=4_1", "OLed_sml_SCLKMUX=4_0", "OLed_sml_VCCMUX=0",
+                     "kLed_pwr_gpio=4_3"):
             self.assertIn("\n%s\n" % kept, self.file())
         self.assertNotIn("\x1b", "".join(self.box.output()))
 

@@ -91,9 +91,9 @@ protected:
 TEST_F(ControlDatagram, EveryKeyReachesItsSettingAndSwitch)
 {
     ASSERT_TRUE(handle("oled_type=3|led_on=1|oled_str_en=1|oled_string=HELLO|cpu=0|vi=0|ai=0|net=0|time=0|"
-                       "venc=0|temp=0|io=1|sleep=3600|logo=1|port=65535|sda=4_3|scl=4_2|cs=4_1|dc=4_0|res=3_5|"
+                       "venc=0|temp=0|io=1|test=2|sleep=3600|logo=1|port=65535|sda=4_3|scl=4_2|cs=4_1|dc=4_0|res=3_5|"
                        "sml_sda=4_3|sml_scl=4_2|vcc=0|gnd=3_5|pwr_led=4_0|cpu_led=4_1|eth_led=4_2|"
-                       "hdmi_led=4_3|test=2"));
+                       "hdmi_led=4_3"));
     EXPECT_EQ(settings_file(),
               defaults_with({"OLed_a_kind_start=3", "OLed_a_led_start=1", "OLed_a_small_n_start=1",
                              "OLed_a_small_n_buf=HELLO", "OLed_a_cpu=0", "OLed_a_vi=0", "OLed_a_ai=0",

@@ -44,8 +44,8 @@ TEST(ControlKeys, EveryKeyTakesItsLimitsAndNothingBeyond)
             for (const std::string& value : edges.taken) {
                 EXPECT_EQ(control_value_problem(*key, value), "") << name << "=" << value;
             }
-            for (const std::string& value : edges.refused) {  // refused, with a reason that names the key
-                EXPECT_EQ(control_value_problem(*key, value).find(std::string(name) + ": "), 0u) << name << "=" << value;
+            for (const std::string& value : edges.refused) {  // with a reason that names the key
+                EXPECT_EQ(control_value_problem(*key, value).find(std::string(name) + ": "), 0u) << name << value;
             }
         }
     }
