@@ -3,7 +3,9 @@
 a box in a network namespace of its own takes --seconds of
 replyoled=THIRD:PORT datagrams at --rate a second from a peer, while an
 operator polls it every 0.3 s; the bytes that reach the third host are
-divided by the bytes sent. Needs root (namespaces); nothing leaves them.
+divided by the bytes sent. With --prime the peer first sends 1000-byte
+texts for the 14 keys that take text, as a stranger would to make every
+reply big. Needs root (namespaces); nothing leaves them.
 
 Prints one line per build:
   PATH  factor  bytes-sent  bytes-at-third  polls-answered/polls"""
@@ -24,6 +26,9 @@ THIRD = "10.0.0.5"
 THIRD_PORT = 9999
 ATTACK = ("replyoled=%s:%d" % (THIRD, THIRD_PORT)).encode()
 QUERY = b"replyoled"
+# The keys that take text: the custom line and the pins.
+TEXT_KEYS = ["oled_string", "sda", "scl", "cs", "dc", "res", "sml_sda", "sml_scl", "vcc", "gnd", "pwr_led",
+             "cpu_led", "eth_led", "hdmi_led"]
 POLL_EVERY = 0.3
 # A poll's answer comes within milliseconds; this only bounds a lost one.
 ANSWER_WAIT = 1.0
@@ -136,19 +141,24 @@ def flood(attacker, operator, third, seconds=5.0, rate=1000, after=1.5):
     return figures
 
 
-def measure(sim, seconds, rate):
+def measure(sim, seconds, rate, prime):
     box_ns, peer = Netns("bench"), Netns("bench-peer")
     box = third = None
     sockets = []
     try:
         link(box_ns, "eth0", BOX + "/24", peer, "veth0", [PEER + "/24"])
         third = ThirdHost(box_ns, peer)
-        box = SimBox(netns=box_ns, program=sim).start()
+        box = SimBox(netns=box_ns)
+        box.program = sim
+        box.start()
         box.wait_for(SAVED)
         attacker, operator = peer.udp_socket(), peer.udp_socket()
         sockets += [attacker, operator]
         if not any(ask(operator, 0.2) is not None for _ in range(50)):  # it has just started
             sys.exit("reflection_flood.py: %s never answered" % sim)
+        for key in TEXT_KEYS if prime else []:
+            attacker.sendto(("%s=%s" % (key, "A" * 1000)).encode(), (BOX, PORT))
+        ask(operator, ANSWER_WAIT)  # after the priming, in order
         figures = flood(attacker, operator, third, seconds=seconds, rate=rate)
     finally:
         for sock in sockets:
@@ -166,9 +176,10 @@ def main():
     parser.add_argument("--sim", action="append", required=True, help="an oledd-sim to run (repeatable)")
     parser.add_argument("--seconds", type=float, default=5.0, help="length of the flood (default 5)")
     parser.add_argument("--rate", type=int, default=1000, help="datagrams a second (default 1000)")
+    parser.add_argument("--prime", action="store_true", help="1000-byte texts in the text keys first")
     args = parse_as_root(parser, "reflection_flood.py")
     for sim in args.sim:
-        f = measure(sim, args.seconds, args.rate)
+        f = measure(sim, args.seconds, args.rate, args.prime)
         print("%s %.2f %d %d %d/%d" % (sim, f["third_bytes"] / f["sent_bytes"], f["sent_bytes"], f["third_bytes"],
                                        f["answered"], f["polls"]))
 

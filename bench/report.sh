@@ -4,7 +4,8 @@
 #   bench/report.sh           full run (a minute each of oledd-sim and oledd; 3-6 min)
 #   bench/report.sh --quick   shorter runs (10 s of oledd-sim and oledd; ~2 min)
 # Builds what it needs: build/ (host), build-literal/ (probes through the
-# shell and every datagram answered, the baseline of oledd-sim),
+# shell, every datagram answered, every change written at once: the
+# baseline of oledd-sim),
 # build-arm/ and build-arm-shared/ (the ARM oledd with the C++ runtime
 # linked in and shared, for size).
 # Needs root for the oledd-sim and oledd rows (namespaces); skipped without.
@@ -19,10 +20,13 @@ case "${1:-}" in
   *) echo "report.sh: unknown option '$1' (try --help)" >&2; exit 2 ;;
 esac
 if [ $quick = 1 ]; then
-  writes=200000; passes=50; changes=100; queries=1000; sim_seconds=10; boxes="200"
+  writes=200000; passes=50; changes=100; queries=1000; sim_seconds=10; boxes="200"; flood_seconds=2
 else
-  writes=1000000; passes=200; changes=300; queries=3000; sim_seconds=60; boxes="200 1000"
+  writes=1000000; passes=200; changes=300; queries=3000; sim_seconds=60; boxes="200 1000"; flood_seconds=5
 fi
+# The interpreter the tests run on: Debian's, with its python3-psutil.
+python=/usr/bin/python3
+[ -x "$python" ] || python=python3
 jobs=2
 log="$(mktemp /tmp/oled-report-XXXXXX)"
 trap 'rm -f "$log"' EXIT
@@ -41,7 +45,7 @@ build() {  # dir, cmake options..., -- targets...
 
 echo "building ..." >&2
 build build -- bench_pacing bench_panels bench_probes bench_control bench_control_literal oledd-sim oledctl oledd
-build build-literal -DOLEDD_LITERAL_SHELL=ON -DOLEDD_LITERAL_REPLIES=ON -- oledd-sim
+build build-literal -DOLEDD_LITERAL_SHELL=ON -DOLEDD_LITERAL_REPLIES=ON -DOLEDD_LITERAL_SAVES=ON -- oledd-sim
 arm=1
 if command -v arm-linux-gnueabihf-g++ > /dev/null; then
   build build-arm -DCMAKE_TOOLCHAIN_FILE=cmake/arm-linux.cmake -DOLEDD_HOST_TOOLS=OFF -- oledd
@@ -79,24 +83,29 @@ per_second() { grep "^$1:" <<< "$2" | sed -E 's/.* = ([0-9.]+) datagrams\/s.*/\1
 sim=""
 if [ "$(id -u)" = 0 ]; then
   echo "running oledd-sim for ${sim_seconds}s, both probe modes side by side ..." >&2
-  sim="$(python3 bench/sim_minute.py --seconds "$sim_seconds" --sim build/bin/oledd-sim --sim build-literal/bin/oledd-sim)"
+  sim="$("$python" bench/sim_minute.py --seconds "$sim_seconds" --sim build/bin/oledd-sim --sim build-literal/bin/oledd-sim)"
 fi
 appliance=""
 if [ "$(id -u)" = 0 ] && [ $arm = 1 ]; then
   echo "running the ARM oledd under qemu-arm-static (and the host oledd) for ${sim_seconds}s ..." >&2
-  appliance="$(python3 bench/appliance_minute.py --seconds "$sim_seconds" --arm build-arm/bin/oledd \
+  appliance="$("$python" bench/appliance_minute.py --seconds "$sim_seconds" --arm build-arm/bin/oledd \
                --host build/bin/oledd)"
 fi
 discover=""
 if [ "$(id -u)" = 0 ]; then
   echo "measuring oledctl discover with $boxes boxes answering at once ..." >&2
   # shellcheck disable=SC2086
-  discover="$(python3 bench/discover_burst.py $boxes)"
+  discover="$("$python" bench/discover_burst.py $boxes)"
 fi
 reflection=""
+saves=""
 if [ "$(id -u)" = 0 ]; then
-  echo "flooding a box with replyoled=THIRD:PORT for 5 s, both builds ..." >&2
-  reflection="$(python3 bench/reflection_flood.py --sim build/bin/oledd-sim --sim build-literal/bin/oledd-sim)"
+  echo "flooding a box with replyoled=THIRD:PORT for ${flood_seconds}s, texts primed, both builds ..." >&2
+  reflection="$("$python" bench/reflection_flood.py --prime --seconds "$flood_seconds" \
+                --sim build/bin/oledd-sim --sim build-literal/bin/oledd-sim)"
+  echo "flooding a box with changes for ${flood_seconds}s, both builds ..." >&2
+  saves="$("$python" bench/save_flood.py --seconds "$flood_seconds" \
+           --sim build/bin/oledd-sim --sim build-literal/bin/oledd-sim)"
 fi
 sim_field() { awk -v p="$1" -v c="$2" '$1 == p { print $c }' <<< "${3:-$sim}"; }  # path, column[, lines]
 rss_of() { awk -v p="$1" '$1 == p { print $2 }' <<< "$appliance"; }
@@ -128,8 +137,11 @@ else
   row "oledd-sim rows" "skipped" "" "need root for the namespaces"
 fi
 if [ -n "$reflection" ]; then
-  row "reply bytes per byte sent, replyoled flood 1000/s" "$(sim_field build/bin/oledd-sim 2 "$reflection")" \
-      "$(sim_field build-literal/bin/oledd-sim 2 "$reflection")" "oledd-sim built with OLEDD_LITERAL_REPLIES: every datagram answered"
+  row "reply bytes per byte sent, replyoled flood, primed" "$(sim_field build/bin/oledd-sim 2 "$reflection")" \
+      "$(sim_field build-literal/bin/oledd-sim 2 "$reflection")" \
+      "every datagram answered; 1000-byte texts sent to the 14 text keys first"
+  row "flash writes per changing datagram, flood 200/s" "$(sim_field build/bin/oledd-sim 2 "$saves")" \
+      "$(sim_field build-literal/bin/oledd-sim 2 "$saves")" "every change written at once (OLEDD_LITERAL_SAVES)"
 fi
 if [ -n "$appliance" ]; then
   row "ARM oledd resident memory after ${sim_seconds} s, kB" "$(rss_of build-arm/bin/oledd)" \

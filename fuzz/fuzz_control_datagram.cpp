@@ -1,7 +1,8 @@
 // Arbitrary datagrams through the control handler on a scratch box root:
 // whatever arrives, the settings file keeps its 38 key lines in order, the
 // custom line stays terminated inside its buffer, and replies carry the
-// header and go only to addresses of at most 15 characters.
+// header and go only to addresses of at most 15 characters, never to the
+// box's own loopback.
 #include <stddef.h>
 #include <stdint.h>
 #include <stdlib.h>
@@ -12,6 +13,7 @@
 #include "control_datagram.h"
 #include "fuzz_box.h"
 #include "runtime_settings.h"
+#include "settings_saver.h"
 #include "singleton.h"
 #include "software_config.h"
 
@@ -21,7 +23,7 @@ class CheckReplies : public ReplySender {
 public:
     void send(const char* ip, unsigned int, const std::string& payload) override
     {
-        if (strlen(ip) > kReplyAddressMax || payload.compare(0, 7, "[oled]\n") != 0) {
+        if (strlen(ip) > kReplyAddressMax || payload.compare(0, 7, "[oled]\n") != 0 || strncmp(ip, "127.", 4) == 0) {
             abort();
         }
     }
@@ -56,10 +58,14 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
+    static SettingsSaver saver;
+    static int64_t now_ms = 0;
+    now_ms += SettingsSaver::kQuietMs / 2;  // some saves at once, some pending
     CheckReplies replies;
     const ControlPeer sender = {"192.168.1.1", 40000};
-    handle_control_datagram(reinterpret_cast<const char*>(data), static_cast<long>(size), sender, "192.168.1.20",
-                            replies);
+    ControlContext context = {"192.168.1.20", panel_and_led_pins(), &replies, &saver};
+    handle_control_datagram(reinterpret_cast<const char*>(data), static_cast<long>(size), sender, context, now_ms);
+    saver.save_pending();
     if (memchr(oled_data, '\0', 22) == nullptr) {
         abort();
     }

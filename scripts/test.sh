@@ -3,7 +3,8 @@
 # under AddressSanitizer and UndefinedBehaviorSanitizer, the daemon's unit
 # tests cross-built for 32-bit ARM and run under qemu-arm, the daemon built
 # for ARMv5 soft-float and run whole on an emulated ARM926, the daemon
-# built with clang and libc++, and a short run of every fuzz target.
+# built with clang and libc++, a short run of every fuzz target, and the
+# benchmark report's short runs.
 # Installs what it needs first (Debian packages; run as root or with sudo).
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -54,5 +55,8 @@ cmake --build build-clang -j"$jobs" --target oledd
 
 step "fuzz targets, a short run each"
 bash scripts/fuzz.sh 15
+
+step "benchmark report, short runs (every benchmark still runs to its end)"
+bench/report.sh --quick
 
 step "all tests passed"
