@@ -15,6 +15,7 @@
 #include "fleet_guard.h"
 #include "fleet_page.h"
 #include "metrics.h"
+#include "probe.h"
 
 namespace fleet {
 namespace {
@@ -24,6 +25,10 @@ constexpr int kFailed = 1;
 constexpr int kBadInput = 2;
 
 const char* const kJson = "application/json";
+// A probe of a silent box holds a worker for its whole wait; Prometheus
+// spreads a fleet's scrapes over the interval, so this many serve a few
+// hundred silent boxes a second besides those that answer.
+constexpr std::size_t kWorkers = 64;
 
 int fail(int status, const std::string& reason) {
     std::fprintf(stderr, "oledctl: %s\n", reason.c_str());
@@ -35,6 +40,11 @@ void send(httplib::Response& response, const Reply& reply) {
     response.set_content(reply.body, kJson);
 }
 
+void send_metrics(httplib::Response& response, const Reply& reply) {
+    response.status = reply.status;
+    response.set_content(reply.body, reply.status == 200 ? metrics::kContentType : "text/plain; charset=utf-8");
+}
+
 // Refuses what does not come from the holder of the token through a page
 // of ours; everything else goes on to the routes.
 httplib::Server::HandlerResponse guard(const httplib::Request& request, httplib::Response& response,
@@ -42,7 +52,7 @@ httplib::Server::HandlerResponse guard(const httplib::Request& request, httplib:
     const std::string host = request.get_header_value("Host");
     // A scrape names the server as its config does, a host name too; a
     // page that rebinds a name to us cannot send the token it lacks.
-    if (request.path == "/metrics") {
+    if (request.path == "/metrics" || request.path == "/probe") {
         if (same_token(request.get_header_value("Authorization"), "Bearer " + token)) {
             return httplib::Server::HandlerResponse::Unhandled;
         }
@@ -67,7 +77,7 @@ httplib::Server::HandlerResponse guard(const httplib::Request& request, httplib:
     return httplib::Server::HandlerResponse::Handled;
 }
 
-void add_routes(httplib::Server& server, Api& api) {
+void add_routes(httplib::Server& server, Api& api, const Network& network) {
     server.Get("/", [](const httplib::Request&, httplib::Response& response) {
         response.set_content(kPageHtml, "text/html; charset=utf-8");
     });
@@ -78,9 +88,13 @@ void add_routes(httplib::Server& server, Api& api) {
         response.set_content(kPageScript, "text/javascript; charset=utf-8");
     });
     server.Get("/metrics", [&api](const httplib::Request&, httplib::Response& response) {
-        const Reply reply = api.scrape();
-        response.status = reply.status;
-        response.set_content(reply.body, reply.status == 200 ? metrics::kContentType : "text/plain; charset=utf-8");
+        send_metrics(response, api.scrape());
+    });
+    server.Get("/probe", [&network](const httplib::Request& request, httplib::Response& response) {
+        std::vector<std::string> targets;
+        const auto given = request.params.equal_range("target");
+        for (auto param = given.first; param != given.second; ++param) targets.push_back(param->second);
+        send_metrics(response, probe::answer(targets, request.get_header_value(probe::kScrapeTimeoutHeader), network));
     });
     server.Get("/api/keys", [&api](const httplib::Request&, httplib::Response& response) { send(response, api.keys()); });
     server.Get("/api/boxes", [&api](const httplib::Request&, httplib::Response& response) { send(response, api.list()); });
@@ -128,8 +142,10 @@ int serve(const CliOptions& options) {
     for (int number : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, number);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
-    Api api(Network{options.port, options.iface, options.timeout, options.subnet_addresses});
+    const Network network{options.port, options.iface, options.timeout, options.subnet_addresses};
+    Api api(network);
     httplib::Server server;
+    server.new_task_queue = [] { return new httplib::ThreadPool(kWorkers); };
     server.set_default_headers({{"Cache-Control", "no-store"},
                                 {"X-Content-Type-Options", "nosniff"},
                                 {"X-Frame-Options", "DENY"},
@@ -143,7 +159,7 @@ int serve(const CliOptions& options) {
     });
     server.set_pre_routing_handler(
         [&token](const httplib::Request& request, httplib::Response& response) { return guard(request, response, token); });
-    add_routes(server, api);
+    add_routes(server, api, network);
     if (!server.bind_to_port(address.c_str(), port)) {
         return fail(kFailed, "cannot listen on " + address + ":" + std::to_string(port) + ": " + std::strerror(errno));
     }
