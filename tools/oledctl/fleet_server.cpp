@@ -146,6 +146,9 @@ int serve(const CliOptions& options) {
     Api api(network);
     httplib::Server server;
     server.new_task_queue = [] { return new httplib::ThreadPool(kWorkers); };
+    // The library writes a reply's head and body apart; with Nagle's wait
+    // the body would sit out the scraper's delayed acknowledgement (40 ms).
+    server.set_tcp_nodelay(true);
     server.set_default_headers({{"Cache-Control", "no-store"},
                                 {"X-Content-Type-Options", "nosniff"},
                                 {"X-Frame-Options", "DENY"},
@@ -153,16 +156,25 @@ int serve(const CliOptions& options) {
                                 {"Content-Security-Policy", "default-src 'self'; frame-ancestors 'none'"}});
     // The library's default adds SO_REUSEPORT, which lets a second
     // server take the same port and half of the requests.
-    server.set_socket_options([](socket_t sock) {
+    socket_t listening = INVALID_SOCKET;
+    server.set_socket_options([&listening](socket_t sock) {
         int yes = 1;
         setsockopt(sock, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+        listening = sock;
     });
+    // Scrapes come as new connections, many a second: an idle one soon
+    // gives its worker back, a busy one serves many scrapes.
+    server.set_keep_alive_max_count(100);
+    server.set_keep_alive_timeout(1);
     server.set_pre_routing_handler(
         [&token](const httplib::Request& request, httplib::Response& response) { return guard(request, response, token); });
     add_routes(server, api, network);
     if (!server.bind_to_port(address.c_str(), port)) {
         return fail(kFailed, "cannot listen on " + address + ":" + std::to_string(port) + ": " + std::strerror(errno));
     }
+    // The library's queue of 5 connections drops a burst of scrapes, and a
+    // dropped one waits a second for its retry; listen again to widen it.
+    ::listen(listening, SOMAXCONN);
     if (!is_loopback(address)) {
         std::fprintf(stderr,
                      "oledctl: warning: listening on %s, not on loopback: whoever reaches this PC and learns the "

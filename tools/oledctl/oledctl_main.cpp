@@ -77,10 +77,9 @@ void usage(const std::string& verb) {
             "Serves the fleet page, a table of every box on the segment to see and\n"
             "change in a browser, its JSON API and, for Prometheus, /probe?target=ADDRESS\n"
             "(one box per scrape) and /metrics (one discovery round per scrape), until\n"
-            "Ctrl-C. Listens on\n"
-            "127.0.0.1:16180 unless told otherwise; prints the page's address with\n"
-            "its session token, which every API request must carry (/metrics as\n"
-            "'Authorization: Bearer TOKEN').\n"
+            "Ctrl-C. Listens on 127.0.0.1:16180 unless told otherwise; prints the\n"
+            "page's address with its session token, which every API request must\n"
+            "carry (/probe and /metrics as 'Authorization: Bearer TOKEN').\n"
             "  --token-file FILE  the session token is FILE's content (16 to 256\n"
             "                   printable characters, no spaces), so that a scrape\n"
             "                   config can name the same file\n%s",
@@ -196,15 +195,22 @@ int run_get(const CliOptions& options) {
 
 // The boxes found as Prometheus's target list: printed, or added to the
 // list kept in --output.
+// The list kept in --output, checked; empty result: fine.
+std::string kept_inventory(const CliOptions& options, std::string& existing) {
+    std::string error = options.output.empty() ? "" : service_discovery::read_file(options.output, existing);
+    std::string list;
+    if (error.empty()) error = service_discovery::merge(existing, {}, list);
+    return error.empty() ? "" : options.output + ": " + error + "; the file is left as it is";
+}
+
 int write_inventory(const CliOptions& options, const std::vector<settings_view::Box>& boxes) {
     std::vector<std::string> found;
     for (const settings_view::Box& box : boxes) found.push_back(box.address);
     std::string existing;
-    std::string error = options.output.empty() ? "" : service_discovery::read_file(options.output, existing);
-    if (!error.empty()) return fail(kBadInput, error);
+    std::string error = kept_inventory(options, existing);
     std::string list;
-    error = service_discovery::merge(existing, found, list);
-    if (!error.empty()) return fail(kBadInput, options.output + ": " + error + "; the file is left as it is");
+    if (error.empty()) error = service_discovery::merge(existing, found, list);
+    if (!error.empty()) return fail(kBadInput, error);
     if (options.output.empty()) {
         std::fwrite(list.data(), 1, list.size(), stdout);
         return kFine;
@@ -218,6 +224,9 @@ int write_inventory(const CliOptions& options, const std::vector<settings_view::
 int run_discover(const CliOptions& options) {
     if (!options.box.empty() || options.all || options.via_group) return fail(kBadInput, "discover asks every box");
     if (!options.arguments.empty()) return fail(kBadInput, "discover takes no arguments");
+    std::string existing;
+    const std::string unusable = kept_inventory(options, existing);
+    if (!unusable.empty()) return fail(kBadInput, unusable);  // before the round's wait
     std::vector<settings_view::Box> answers;
     const fleet::Network network{options.port, options.iface, options.timeout, options.subnet_addresses};
     const std::string error = fleet::discover(network, [&](const std::string& address, const protocol::Settings& settings) {

@@ -87,10 +87,10 @@ std::string merge(const std::string& existing, const std::vector<std::string>& f
 
 std::string read_file(const std::string& path, std::string& text) {
     std::ifstream file(path, std::ios::binary);
-    if (!file) return errno == ENOENT ? "" : system_error(path);
+    if (!file) return errno == ENOENT ? "" : std::strerror(errno);
     std::ostringstream content;
     content << file.rdbuf();
-    if (file.bad()) return system_error(path);
+    if (file.bad()) return std::strerror(errno);
     text = content.str();
     return "";
 }

@@ -15,7 +15,8 @@ namespace service_discovery {
 // order. Empty result: fine, else why `existing` cannot be kept.
 std::string merge(const std::string& existing, const std::vector<std::string>& found, std::string& list);
 
-// The file's text; empty when there is no such file. Empty result: fine.
+// The file's text; empty when there is no such file. Empty result: fine,
+// else the system's reason.
 std::string read_file(const std::string& path, std::string& text);
 
 // A reader sees the old file or the new one whole, never a part: a
