@@ -11,6 +11,7 @@ memory of each oledctl serve (and of Prometheus, for scale).
 
     sudo python3 bench/probe_fleet.py              10,000 boxes, 5 minutes
     sudo python3 bench/probe_fleet.py --quick      1,000 boxes, 1 minute
+    sudo python3 bench/probe_fleet.py --silent 1000    of them 1,000 never answer
 
 Needs root (namespaces) and Debian's prometheus; nothing leaves them."""
 
@@ -42,6 +43,7 @@ RESPONDER = r"""
 import socket, struct, sys
 IP_PKTINFO = 8  # not in Python's socket module
 reply = b"[oled]\n" + open(sys.argv[1], "rb").read()
+silent = int(sys.argv[2])  # the first this many boxes never answer
 s = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
 s.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 4 << 20)
 s.setsockopt(socket.IPPROTO_IP, IP_PKTINFO, 1)
@@ -50,7 +52,8 @@ print("ready", flush=True)
 while True:
     data, ancillary, _, source = s.recvmsg(2048, socket.CMSG_SPACE(12))
     for level, kind, info in ancillary:
-        if data == b"replyoled" and level == socket.IPPROTO_IP and kind == IP_PKTINFO:
+        if data == b"replyoled" and level == socket.IPPROTO_IP and kind == IP_PKTINFO and \
+                info[10] * 250 + info[11] - 1 >= silent:
             # struct in_pktinfo: interface, local address, header destination
             answer_from = struct.pack("i4s4s", 0, info[8:12], bytes(4))
             s.sendmsg([reply], [(socket.IPPROTO_IP, IP_PKTINFO, answer_from)], 0, source)
@@ -91,6 +94,7 @@ def main():
     parser = argument_parser(__doc__)
     parser.add_argument("--boxes", type=int, default=10000, help="at most 16,000 (default 10,000)")
     parser.add_argument("--seconds", type=int, default=300, help="measured after the first round (default 300)")
+    parser.add_argument("--silent", type=int, default=0, help="how many of the boxes never answer (default 0)")
     parser.add_argument("--quick", action="store_true", help="1,000 boxes for 60 s")
     args = parse_as_root(parser, "probe_fleet.py")
     if args.quick:
@@ -106,7 +110,8 @@ def main():
     try:
         net.netns.ip("route", "add", "local", PREFIX, "dev", "lo")
         net.peer.ip("route", "add", PREFIX, "via", "192.168.1.20")
-        responder = start(net.netns, [sys.executable, "-c", RESPONDER, SETTINGS], stdout=subprocess.PIPE, text=True)
+        responder = start(net.netns, [sys.executable, "-c", RESPONDER, SETTINGS, str(args.silent)],
+                          stdout=subprocess.PIPE, text=True)
         assert responder.stdout.readline().strip() == "ready"
         with open(os.path.join(work, "oled-boxes.json"), "w") as f:
             json.dump([{"targets": [box_address(i) for i in range(args.boxes)], "labels": {}}], f)
@@ -124,7 +129,8 @@ def main():
         watched = [("oledctl serve " + listen, process) for listen, process in zip(SERVERS, servers)]
         watched.append(("prometheus", prometheus))
 
-        print("%d boxes, probed every %d s; one round to warm up ..." % (args.boxes, INTERVAL), file=sys.stderr)
+        print("%d boxes (%d silent), probed every %d s; one round to warm up ..." % (args.boxes, args.silent, INTERVAL),
+              file=sys.stderr)
         eventually(lambda: len(query(net.peer, 'up{job="oled"}')) == args.boxes, 120, "every target known", every=2)
         time.sleep(INTERVAL + 5)
         began = {name: cpu_seconds(p.pid) for name, p in watched}
@@ -145,7 +151,8 @@ def main():
         print("targets in the inventory               %d" % args.boxes)
         print("targets scraped in %4d s               %d" % (args.seconds, len(ups)))
         print("targets up at every scrape             %d (%s)" % (every, "all" if every == args.boxes else "NOT ALL"))
-        print("targets whose every probe succeeded    %d" % sum(1 for v in succeeded.values() if min(v) == 1))
+        print("targets whose every probe succeeded    %d of %d answering" %
+              (sum(1 for v in succeeded.values() if min(v) == 1), args.boxes - args.silent))
         print("scrapes                                %d, %d failed" % (len(durations), sum(v.count(0) for v in ups.values())))
         print("scrape_duration_seconds p50 / p99 / max  %.4f / %.4f / %.4f" %
               (percentile(durations, 0.5), percentile(durations, 0.99), max(durations or [float("nan")])))
