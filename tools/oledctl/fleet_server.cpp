@@ -26,9 +26,11 @@ constexpr int kBadInput = 2;
 
 const char* const kJson = "application/json";
 // A probe of a silent box holds a worker for its whole wait; Prometheus
-// spreads a fleet's scrapes over the interval, so this many serve a few
-// hundred silent boxes a second besides those that answer.
-constexpr std::size_t kWorkers = 64;
+// spreads a fleet's scrapes over the interval, so with a 2 s --timeout
+// this many wait for about 120 silent boxes a second, 3,600 in a 30 s
+// round. Past that the queue grows and every scrape times out. An idle
+// worker costs a stack's untouched pages.
+constexpr std::size_t kWorkers = 256;
 
 int fail(int status, const std::string& reason) {
     std::fprintf(stderr, "oledctl: %s\n", reason.c_str());
