@@ -1,12 +1,14 @@
 """Boxes in two subnets joined by a router namespace, the operator's PC in
-one of them: discovery across the router, and a real Prometheus scraping
-`oledctl serve` with the scrape config and alerting rule of the README."""
+one of them: discovery across the router, and a real Prometheus probing
+each box of its inventory through `oledctl serve` with the scrape config
+and alerting rule of the README."""
 
 import json
 import os
 import shutil
 import subprocess
 import tempfile
+import urllib.error
 import urllib.parse
 import urllib.request
 
@@ -18,6 +20,7 @@ from segment import OperatorSegment, Segment
 DOCS = os.path.join(os.path.dirname(__file__), "..", "..", "docs", "prometheus")
 README = os.path.join(os.path.dirname(__file__), "..", "..", "README.md")
 REMOTE_SUBNET = "10.1.0.0/24"
+NOBODY = "10.1.0.9"  # in the inventory, but no box answers there
 # No panel and no LEDs: four boxes on two shared cores stay idle.
 LIGHT = {"/data/oled.ini": "OLed_a_kind_start=2\nOLed_a_led_start=0\nkLed_onboard=0\n"}
 
@@ -63,53 +66,82 @@ class RoutedSubnets(OperatorSegment):
         expected = {addr: before[addr] + (2 if addr.startswith("10.0.") else 1) for addr in boxes}
         eventually(lambda: printed() == expected, 2, lambda: "settings printed %r, expected %r" % (printed(), expected))
 
-    def test_prometheus_scrapes_the_boxes_and_the_rule_finds_a_silent_one(self):
-        boxes = {"10.0.0.5": self.serving_box("10.0.0.5", files=LIGHT)}
+    def test_prometheus_probes_its_inventory_and_the_rule_finds_silent_boxes(self):
+        boxes = {addr: self.serving_box(addr, files=LIGHT) for addr in ("10.0.0.5", "10.0.0.6")}
         boxes.update({addr: self.remote_box(addr) for addr in ("10.1.0.5", "10.1.0.6")})
         work = tempfile.mkdtemp(prefix="oledt-prometheus-")
         self.addCleanup(shutil.rmtree, work, ignore_errors=True)
-        config = self.scrape_config(work)
+        config, token = self.scrape_config(work)
+        # The inventory starts with an address where no box answers; what
+        # discovery finds is added to it.
+        with open(os.path.join(work, "oled-boxes.json"), "w") as f:
+            json.dump([{"targets": [NOBODY], "labels": {"site": "north"}}], f)
+        found = self.oledctl("discover", "--subnet", REMOTE_SUBNET, "--timeout", "1", "--format", "prometheus-sd",
+                             "--output", os.path.join(work, "oled-boxes.json"))
+        self.assertEqual(found.returncode, 0, found.stderr)
         for check in (("config", config), ("rules", os.path.join(DOCS, "oled-alerts.yml"))):
             checked = run("promtool", "check", *check, check=False)
             self.assertEqual(checked.returncode, 0, checked.stdout + checked.stderr)
 
-        for argv in ([os.path.join(BIN_DIR, "oledctl"), "serve", "--subnet", REMOTE_SUBNET,
-                      "--token-file", os.path.join(work, "token"), "--timeout", "0.5"],
-                     ["prometheus", "--config.file=" + config, "--web.listen-address=127.0.0.1:9090",
-                      "--storage.tsdb.path=" + os.path.join(work, "data")]):
-            process = subprocess.Popen(self.netns.exec_args(argv), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-            self.addCleanup(process.wait)
-            self.addCleanup(process.kill)
+        serve = [os.path.join(BIN_DIR, "oledctl"), "serve", "--token-file", token, "--timeout", "0.5"]
+        server = self.start(serve)
+        self.start(["prometheus", "--config.file=" + config, "--web.listen-address=127.0.0.1:9090",
+                    "--storage.tsdb.path=" + os.path.join(work, "data")])
 
         def values(query):
-            return {r["metric"].get("address"): r["value"][1] for r in self.query(query)}
+            return {r["metric"].get("instance"): r["value"][1] for r in self.query(query)}
 
-        eventually(lambda: values("oled_box_up") == dict.fromkeys(boxes, "1"), 30,
-                   lambda: "all boxes up; got %r" % values("oled_box_up"), every=0.5)
+        expected = dict(dict.fromkeys(boxes, "1"), **{NOBODY: "0"})
+        eventually(lambda: values("oled_probe_success") == expected, 30,
+                   lambda: "every box probed; got %r" % values("oled_probe_success"), every=0.5)
+        # A box's own series are named by the target alone.
+        info = self.query("oled_box_info")
+        self.assertEqual(sorted(r["metric"]["instance"] for r in info), sorted(boxes))
+        self.assertNotIn("address", info[0]["metric"])
+        self.assertEqual(self.get("/probe?target=224.168.1.1"),
+                         (400, "target '224.168.1.1': a multicast group; a probe asks one box\n"))
+        self.assertIn('oled_box_up{address="10.0.0.5"} 1\n', self.get("/metrics")[1])
+
+        # A box falls silent while oledctl serve is down; the new one knows
+        # nothing of it, but the inventory does.
+        server.kill()
+        server.wait()
         boxes["10.1.0.6"].stop()
-        eventually(lambda: values('oled_box_up{address="10.1.0.6"}') == {"10.1.0.6": "0"}, 20,
-                   lambda: "10.1.0.6 down; got %r" % values("oled_box_up"), every=0.5)
+        eventually(lambda: set(values('up{job="oled"}').values()) == {"0"}, 10,
+                   lambda: "probes failing; got %r" % values('up{job="oled"}'), every=0.5)
+        self.start(serve)
+        expected["10.1.0.6"] = "0"
+        eventually(lambda: values("oled_probe_success") == expected, 20,
+                   lambda: "10.1.0.6 silent; got %r" % values("oled_probe_success"), every=0.5)
         with open(os.path.join(DOCS, "oled-alerts.yml")) as f:
             rule = next(r for r in yaml.safe_load(f)["groups"][0]["rules"] if r["alert"] == "OledBoxSilent")
-        self.assertEqual(list(values(rule["expr"])), ["10.1.0.6"])
+        self.assertEqual(sorted(values(rule["expr"])), ["10.1.0.6", NOBODY])
         # The job without the token was refused every time and stored nothing.
-        self.assertEqual([r["value"][1] for r in self.query('up{job="oled-no-token"}')], ["0"])
+        self.assertEqual(set(values('up{job="oled-no-token"}').values()), {"0"})
         self.assertEqual(self.query('{job="oled-no-token", __name__=~"oled_.+"}'), [])
 
+    def start(self, argv):
+        process = subprocess.Popen(self.netns.exec_args(argv), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        return process
+
     def scrape_config(self, work):
-        """The README's, scraping every 2 s, plus a job without the token."""
+        """The README's, probing every 2 s, plus a job without the token."""
         with open(README) as f:
             readme = f.read()
-        for name in ("oled-alerts.yml", "prometheus.yml"):
+        for name in ("oled-alerts.yml", "prometheus-sharded.yml", "prometheus.yml"):
             with open(os.path.join(DOCS, name)) as f:
                 text = f.read()
-            self.assertIn(text, readme)
+            self.assertTrue(text in readme, "the README quotes " + name + " as it stands")
         config = yaml.safe_load(text)
         job = config["scrape_configs"][0]
         job.update(scrape_interval="2s", scrape_timeout="2s")
-        job["authorization"]["credentials_file"] = os.path.join(work, "token")
-        with open(job["authorization"]["credentials_file"], "w") as f:
-            f.write(os.urandom(16).hex() + "\n")
+        job["file_sd_configs"][0]["files"] = [os.path.join(work, "oled-boxes.json")]
+        token = job["authorization"]["credentials_file"] = os.path.join(work, "token")
+        self.secret = os.urandom(16).hex()
+        with open(token, "w") as f:
+            f.write(self.secret + "\n")
         stranger = {key: value for key, value in job.items() if key != "authorization"}
         config["scrape_configs"].append(dict(stranger, job_name="oled-no-token"))
         config["global"]["evaluation_interval"] = "1s"
@@ -117,7 +149,17 @@ class RoutedSubnets(OperatorSegment):
         path = os.path.join(work, "prometheus.yml")
         with open(path, "w") as f:
             yaml.safe_dump(config, f)
-        return path
+        return path, token
+
+    def get(self, path):
+        """Status and text of a request to oledctl serve with the token."""
+        request = urllib.request.Request("http://127.0.0.1:16180" + path, headers={"Authorization": "Bearer " + self.secret})
+        with self.netns.entered():
+            try:
+                with urllib.request.urlopen(request, timeout=5) as answer:
+                    return answer.status, answer.read().decode()
+            except urllib.error.HTTPError as refusal:
+                return refusal.code, refusal.read().decode()
 
     def query(self, expr):
         url = "http://127.0.0.1:9090/api/v1/query?" + urllib.parse.urlencode({"query": expr})

@@ -45,7 +45,8 @@ std::string parse_cli(int argc, char** argv, CliOptions& options) {
         } else if (word == "--json") {
             options.json = true;
         } else if (word == "--box" || word == "--iface" || word == "--port" || word == "--timeout" ||
-                   word == "--raw" || word == "--listen" || word == "--subnet" || word == "--token-file") {
+                   word == "--raw" || word == "--listen" || word == "--subnet" || word == "--token-file" ||
+                   word == "--format" || word == "--output") {
             if (!value_of(value)) return word + " needs a value";
             if (word == "--box") {
                 if (!protocol::is_ipv4(value)) return "bad address '" + value + "': expected dotted IPv4";
@@ -56,6 +57,13 @@ std::string parse_cli(int argc, char** argv, CliOptions& options) {
                 options.listen = value;
             } else if (word == "--token-file") {
                 options.token_file = value;
+            } else if (word == "--format") {
+                if (value != "text" && value != "json" && value != "prometheus-sd") {
+                    return "bad format '" + value + "': text, json or prometheus-sd";
+                }
+                options.format = value;
+            } else if (word == "--output") {
+                options.output = value;
             } else if (word == "--subnet") {
                 if (options.subnet_given) return "--subnet given twice: list the subnets in one, joined by commas";
                 const std::string error = subnets::parse(value, options.subnet_addresses);

@@ -16,6 +16,8 @@ struct CliOptions {
     unsigned short port = 16124;
     double timeout = 2.0;
     bool json = false;
+    std::string format;  // discover: "text", "json" or "prometheus-sd"
+    std::string output;  // discover --format prometheus-sd: the file it keeps
     bool raw_given = false;
     std::string raw;
     std::string listen;  // serve: ADDRESS[:PORT] of the fleet page

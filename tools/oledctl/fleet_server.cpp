@@ -16,6 +16,7 @@
 #include "fleet_guard.h"
 #include "fleet_page.h"
 #include "metrics.h"
+#include "probe.h"
 
 namespace fleet {
 namespace {
@@ -27,6 +28,12 @@ constexpr int kBadInput = 2;
 const char* const kJson = "application/json";
 // The API's largest request, items for every box of a sweep, is far below.
 constexpr std::size_t kMaxBody = 64 * 1024;
+// A probe of a silent box holds a worker for its whole wait; Prometheus
+// spreads a fleet's scrapes over the interval, so with a 2 s --timeout
+// this many wait for about 120 silent boxes a second, 3,600 in a 30 s
+// round. Past that the queue grows and every scrape times out. An idle
+// worker costs a stack's untouched pages.
+constexpr std::size_t kWorkers = 256;
 
 int fail(int status, const std::string& reason) {
     std::fprintf(stderr, "oledctl: %s\n", reason.c_str());
@@ -61,6 +68,11 @@ int body_refusal(const httplib::Request& request, std::string& reason) {
     return 0;
 }
 
+void send_metrics(httplib::Response& response, const Reply& reply) {
+    response.status = reply.status;
+    response.set_content(reply.body, reply.status == 200 ? metrics::kContentType : "text/plain; charset=utf-8");
+}
+
 // Refuses what does not come from the holder of the token through a page
 // of ours, and bodies that are not worth reading, before the body is read;
 // everything else goes on to the routes.
@@ -76,7 +88,7 @@ httplib::Server::HandlerResponse guard(const httplib::Request& request, httplib:
     const std::string host = request.get_header_value("Host");
     // A scrape names the server as its config does, a host name too; a
     // page that rebinds a name to us cannot send the token it lacks.
-    if (request.path == "/metrics") {
+    if (request.path == "/metrics" || request.path == "/probe") {
         if (same_token(request.get_header_value("Authorization"), "Bearer " + token)) {
             return httplib::Server::HandlerResponse::Unhandled;
         }
@@ -101,7 +113,7 @@ httplib::Server::HandlerResponse guard(const httplib::Request& request, httplib:
     return httplib::Server::HandlerResponse::Handled;
 }
 
-void add_routes(httplib::Server& server, Api& api) {
+void add_routes(httplib::Server& server, Api& api, const Network& network) {
     server.Get("/", [](const httplib::Request&, httplib::Response& response) {
         response.set_content(kPageHtml, "text/html; charset=utf-8");
     });
@@ -112,9 +124,18 @@ void add_routes(httplib::Server& server, Api& api) {
         response.set_content(kPageScript, "text/javascript; charset=utf-8");
     });
     server.Get("/metrics", [&api](const httplib::Request&, httplib::Response& response) {
-        const Reply reply = api.scrape();
-        response.status = reply.status;
-        response.set_content(reply.body, reply.status == 200 ? metrics::kContentType : "text/plain; charset=utf-8");
+        send_metrics(response, api.scrape());
+    });
+    server.Get("/probe", [&network](const httplib::Request& request, httplib::Response& response) {
+        // The library gzips a text reply the scraper accepts so, after this
+        // handler: for a probe's few hundred bytes zlib's 256 KiB of state
+        // cost more than the probe. The request is the library's own
+        // non-const object, handed over as const.
+        const_cast<httplib::Request&>(request).headers.erase("Accept-Encoding");
+        std::vector<std::string> targets;
+        const auto given = request.params.equal_range("target");
+        for (auto param = given.first; param != given.second; ++param) targets.push_back(param->second);
+        send_metrics(response, probe::answer(targets, request.get_header_value(probe::kScrapeTimeoutHeader), network));
     });
     server.Get("/api/keys", [&api](const httplib::Request&, httplib::Response& response) { send(response, api.keys()); });
     server.Get("/api/boxes", [&api](const httplib::Request&, httplib::Response& response) { send(response, api.list()); });
@@ -167,8 +188,13 @@ int serve(const CliOptions& options) {
     for (int number : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, number);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
-    Api api(Network{options.port, options.iface, options.timeout, options.subnet_addresses});
+    const Network network{options.port, options.iface, options.timeout, options.subnet_addresses};
+    Api api(network);
     httplib::Server server;
+    server.new_task_queue = [] { return new httplib::ThreadPool(kWorkers); };
+    // The library writes a reply's head and body apart; with Nagle's wait
+    // the body would sit out the scraper's delayed acknowledgement (40 ms).
+    server.set_tcp_nodelay(true);
     server.set_default_headers({{"Cache-Control", "no-store"},
                                 {"X-Content-Type-Options", "nosniff"},
                                 {"X-Frame-Options", "DENY"},
@@ -176,10 +202,16 @@ int serve(const CliOptions& options) {
                                 {"Content-Security-Policy", "default-src 'self'; frame-ancestors 'none'"}});
     // The library's default adds SO_REUSEPORT, which lets a second
     // server take the same port and half of the requests.
-    server.set_socket_options([](socket_t sock) {
+    socket_t listening = INVALID_SOCKET;
+    server.set_socket_options([&listening](socket_t sock) {
         int yes = 1;
         setsockopt(sock, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+        listening = sock;
     });
+    // A connection kept open holds a worker that wakes every 10 ms to look
+    // for the next request: with a scraper's pool of idle connections that
+    // costs more than a new connection for each scrape.
+    server.set_keep_alive_max_count(1);
     server.set_pre_routing_handler(
         [&token](const httplib::Request& request, httplib::Response& response) { return guard(request, response, token); });
     // A client that asks before it sends a body (Expect: 100-continue)
@@ -188,13 +220,13 @@ int serve(const CliOptions& options) {
         return guard(request, response, token) == httplib::Server::HandlerResponse::Handled ? response.status : 100;
     });
     server.set_payload_max_length(kMaxBody);
-    // A refused body stays unread: the connection ends with the answer, or
-    // the library would read the body as the next request.
-    server.set_keep_alive_max_count(1);
-    add_routes(server, api);
+    add_routes(server, api, network);
     if (!server.bind_to_port(address.c_str(), port)) {
         return fail(kFailed, "cannot listen on " + address + ":" + std::to_string(port) + ": " + std::strerror(errno));
     }
+    // The library's queue of 5 connections drops a burst of scrapes, and a
+    // dropped one waits a second for its retry; listen again to widen it.
+    ::listen(listening, SOMAXCONN);
     if (!is_loopback(address)) {
         std::fprintf(stderr,
                      "oledctl: warning: listening on %s, not on loopback: whoever reaches this PC and learns the "

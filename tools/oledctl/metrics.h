@@ -21,6 +21,11 @@ std::string label_value(const std::string& text);
 // answered this round (a silent box's old settings would be stale values).
 std::string exposition(const std::vector<fleet::BoxState>& boxes);
 
+// One probe of one box: whether it answered, how long that took and, when
+// it did, the series of its settings as exposition() gives them, without
+// the address label (Prometheus names the target itself).
+std::string probe(bool answered, double seconds, const protocol::Settings& settings);
+
 }  // namespace metrics
 
 #endif

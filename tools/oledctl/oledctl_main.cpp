@@ -10,6 +10,7 @@
 #include "discovery.h"
 #include "fleet_server.h"
 #include "protocol.h"
+#include "service_discovery.h"
 #include "settings_view.h"
 #include "udp_client.h"
 
@@ -65,21 +66,27 @@ void usage(const std::string& verb) {
             "object of its key/value pairs.\n");
     } else if (verb == "discover") {
         std::printf(
-            "usage: oledctl discover [--subnet CIDR[,CIDR...]] [--json] [options]\n"
+            "usage: oledctl discover [--subnet CIDR[,CIDR...]] [--json | --format FORMAT [--output FILE]] [options]\n"
             "Asks every box on the segment through the group %s and lists those\n"
             "that answer before the timeout, one line each, by address: panel type,\n"
-            "page hold time, shown pages, LED switches.\n%s",
+            "page hold time, shown pages, LED switches.\n"
+            "  --format F       text (the default), json (as --json), or prometheus-sd:\n"
+            "                   the addresses as a Prometheus file_sd target list\n"
+            "  --output FILE    with prometheus-sd: add the boxes found to the list in\n"
+            "                   FILE (boxes already listed stay listed), replacing it\n"
+            "                   whole in one step; nothing is written when none answer\n%s",
             protocol::kGroup, kSubnetHelp);
     } else if (verb == "serve") {
         std::printf(
             "usage: oledctl serve [--listen ADDRESS[:PORT]] [--subnet CIDR[,CIDR...]] [--token-file FILE] [options]\n"
             "Serves the fleet page, a table of every box on the segment to see and\n"
-            "change in a browser, its JSON API and, at /metrics, the boxes for\n"
-            "Prometheus (one discovery round per scrape), until Ctrl-C. Listens on\n"
-            "127.0.0.1:16180 unless told otherwise and prints the page's address.\n"
-            "Every API request must carry the session token (/metrics as\n"
-            "'Authorization: Bearer TOKEN'); a new one is written, readable by you\n"
-            "only, to $XDG_RUNTIME_DIR/oledctl-serve-PORT.token ($HOME when unset).\n"
+            "change in a browser, its JSON API and, for Prometheus, /probe?target=ADDRESS\n"
+            "(one box per scrape) and /metrics (one discovery round per scrape), until\n"
+            "Ctrl-C. Listens on 127.0.0.1:16180 unless told otherwise and prints the\n"
+            "page's address. Every API request must carry the session token (/probe\n"
+            "and /metrics as 'Authorization: Bearer TOKEN'); a new one is written,\n"
+            "readable by you only, to $XDG_RUNTIME_DIR/oledctl-serve-PORT.token\n"
+            "($HOME when unset).\n"
             "  --token-file FILE  the session token is FILE's content (16 to 256\n"
             "                   printable characters, no spaces), so that a scrape\n"
             "                   config can name the same file\n%s",
@@ -193,9 +200,40 @@ int run_get(const CliOptions& options) {
     return kFine;
 }
 
+// The boxes found as Prometheus's target list: printed, or added to the
+// list kept in --output.
+// The list kept in --output, checked; empty result: fine.
+std::string kept_inventory(const CliOptions& options, std::string& existing) {
+    std::string error = options.output.empty() ? "" : service_discovery::read_file(options.output, existing);
+    std::string list;
+    if (error.empty()) error = service_discovery::merge(existing, {}, list);
+    return error.empty() ? "" : options.output + ": " + error + "; the file is left as it is";
+}
+
+int write_inventory(const CliOptions& options, const std::vector<settings_view::Box>& boxes) {
+    std::vector<std::string> found;
+    for (const settings_view::Box& box : boxes) found.push_back(box.address);
+    std::string existing;
+    std::string error = kept_inventory(options, existing);
+    std::string list;
+    if (error.empty()) error = service_discovery::merge(existing, found, list);
+    if (!error.empty()) return fail(kBadInput, error);
+    if (options.output.empty()) {
+        std::fwrite(list.data(), 1, list.size(), stdout);
+        return kFine;
+    }
+    error = service_discovery::write_atomically(options.output, list);
+    if (!error.empty()) return fail(kNoAnswer, error);
+    std::printf("%zu boxes answered; %s written\n", boxes.size(), options.output.c_str());
+    return kFine;
+}
+
 int run_discover(const CliOptions& options) {
     if (!options.box.empty() || options.all || options.via_group) return fail(kBadInput, "discover asks every box");
     if (!options.arguments.empty()) return fail(kBadInput, "discover takes no arguments");
+    std::string existing;
+    const std::string unusable = kept_inventory(options, existing);
+    if (!unusable.empty()) return fail(kBadInput, unusable);  // before the round's wait
     std::vector<settings_view::Box> answers;
     const fleet::Network network{options.port, options.iface, options.timeout, options.subnet_addresses};
     const std::string error = fleet::discover(network, [&](const std::string& address, const protocol::Settings& settings) {
@@ -204,7 +242,8 @@ int run_discover(const CliOptions& options) {
     if (!error.empty()) return fail(kNoAnswer, error);
     const std::vector<settings_view::Box> boxes = settings_view::sorted_unique(std::move(answers));
     if (boxes.empty()) return fail(kNoAnswer, "no box answered within " + seconds_text(options.timeout));
-    if (options.json) {
+    if (options.format == "prometheus-sd") return write_inventory(options, boxes);
+    if (options.json || options.format == "json") {
         std::printf("%s\n", settings_view::to_json(boxes).c_str());
     } else {
         for (const settings_view::Box& box : boxes) std::printf("%s\n", settings_view::summary(box.address, box.settings).c_str());
@@ -226,6 +265,11 @@ int main(int argc, char** argv) {
         return fail(kBadInput, "--subnet is for discover and serve");
     }
     if (!options.token_file.empty() && options.verb != "serve") return fail(kBadInput, "--token-file is for serve");
+    if (!options.format.empty() && options.verb != "discover") return fail(kBadInput, "--format is for discover");
+    if (!options.output.empty() && options.format != "prometheus-sd") {
+        return fail(kBadInput, "--output is for discover --format prometheus-sd");
+    }
+    if (options.json && !options.format.empty()) return fail(kBadInput, "give --json or --format, not both");
     if (options.verb == "set") return run_set(options);
     if (options.verb == "get") return run_get(options);
     if (options.verb == "discover") return run_discover(options);
