@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "datagram_auth.h"
 #include "file_helpers.h"
 #include "path_on_box.h"
 #include "runtime_settings.h"
@@ -197,21 +198,60 @@ void carry_out_item(const std::string& item, Datagram& datagram)
     carry_out(*command, value, datagram);
 }
 
+// Whether an item would change the box or send a reply elsewhere than to
+// its sender: only a key can allow that.
+bool needs_key(const std::string& item, const ControlPeer& sender)
+{
+    std::vector<std::string> parts;
+    SplitString(item, parts, "=");
+    const Command* command = parts.empty() ? nullptr : find_command(parts[0]);
+    if (command == nullptr || parts.size() < 2 || parts[1].empty() || command->action == kControlled) {
+        return false;
+    }
+    std::vector<std::string> destination;
+    SplitString(parts[1], destination, ":");
+    return command->action != kReply || destination[0] != sender.address;
+}
+
+// With a key on the box a datagram that needs one is carried out only when
+// signed with it; its signature is taken off either way.
+bool permitted(std::string& command_text, const ControlPeer& sender, DatagramAuth& auth)
+{
+    if (!auth.required()) {
+        return true;
+    }
+    const Signature signature = take_signature(command_text);
+    std::vector<std::string> items;
+    SplitString(command_text, items, "|");
+    bool needed = false;
+    for (size_t i = 0; i < items.size(); ++i) {
+        needed = needed || needs_key(items[i], sender);
+    }
+    const std::string refused = needed ? auth.accept(signature) : std::string();
+    if (!refused.empty()) {
+        printf("refused a datagram from %s:%u: %s\n", sender.address.c_str(), sender.port, refused.c_str());
+    }
+    return refused.empty();
+}
+
 }  // namespace
 
 bool handle_control_datagram(const char* text, long length, const ControlPeer& sender,
-                             const std::string& local_address, ReplySender& reply)
+                             const std::string& local_address, ReplySender& reply, DatagramAuth* auth)
 {
     if (text == nullptr || length < 2) {
         return false;
     }
     // The command is text: it ends at the size limit or at a zero byte.
     const size_t cut = length < kControlDatagramMax ? static_cast<size_t>(length) : kControlDatagramMax;
-    const std::string command_text(text, strnlen(text, cut));
+    std::string command_text(text, strnlen(text, cut));
 
     // Aimed at one box: only the box whose address occurs in it obeys.
     if (command_text.find("controlled") != std::string::npos &&
         command_text.find(local_address) == std::string::npos) {
+        return false;
+    }
+    if (auth != nullptr && !permitted(command_text, sender, *auth)) {
         return false;
     }
 
@@ -224,6 +264,9 @@ bool handle_control_datagram(const char* text, long length, const ControlPeer& s
     }
 
     config->SaveConfig();
+    if (auth != nullptr) {
+        auth->save();
+    }
     config->ReadConfig();
     config->PrintConfig();
     oled_led_on = led_onboard ? true : led_outside;

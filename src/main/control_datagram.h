@@ -25,8 +25,10 @@ public:
 // command table, replies, then save, re-read and print of the settings and
 // the LED switch recomputed. local_address is the box's own eth0 address
 // text ("" when unknown). Returns false when the datagram was ignored
-// (shorter than two bytes, or aimed at another box).
+// (shorter than two bytes, or aimed at another box) or refused for want of
+// a signature made with auth's key (none needed without auth).
+class DatagramAuth;
 bool handle_control_datagram(const char* text, long length, const ControlPeer& sender,
-                             const std::string& local_address, ReplySender& reply);
+                             const std::string& local_address, ReplySender& reply, DatagramAuth* auth = nullptr);
 
 #endif

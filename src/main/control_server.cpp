@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "control_datagram.h"
+#include "datagram_auth.h"
 #include "reply_limiter.h"
 #include "runtime_settings.h"
 #include "singleton.h"
@@ -77,6 +78,8 @@ void oled_ump(unsigned int port)
     char local_address[NetworkInfo::kItemSize] = "";
     socket->GetNetworkInfo(kControlInterface, NetworkInfo::IF_ADDR, local_address);
 
+    DatagramAuth auth;
+    auth.load();
     SocketReply reply(*socket);
     // One byte more than the longest command, so the text always ends.
     char buf[kControlDatagramMax + 1];
@@ -91,7 +94,7 @@ void oled_ump(unsigned int port)
         char from_text[20] = "";
         inet_ntop(AF_INET, &from.sin_addr, from_text, sizeof(from_text));
         const ControlPeer sender = {from_text, ntohs(from.sin_port)};
-        handle_control_datagram(buf, received, sender, local_address, reply);
+        handle_control_datagram(buf, received, sender, local_address, reply, &auth);
     }
     socket.reset();
     config.reset();

@@ -15,9 +15,6 @@
 const size_t kAuthKeyMin = 16;
 const size_t kAuthKeyMax = 1024;
 
-// The lowercase hexadecimal HMAC-SHA256 of message made with key.
-std::string hmac_sha256_hex(const std::string& key, const std::string& message);
-
 // The trailing auth item of a datagram, taken apart.
 struct Signature {
     bool present;

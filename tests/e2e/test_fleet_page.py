@@ -15,6 +15,7 @@ from harness import BIN_DIR, eventually, main
 from segment import OperatorSegment
 
 BOXES = ("10.0.0.5", "10.0.0.6", "10.0.0.7")
+KEY = b"the key of the middle box"  # the others hold none, and ignore signatures
 SAVED = "save config succeed"
 
 
@@ -35,9 +36,14 @@ def chromium(profile):
 class FleetPage(OperatorSegment):
     def setUp(self):
         super().setUp()
-        self.boxes = [self.serving_box(addr) for addr in BOXES]
+        self.boxes = [self.serving_box(addr, files={"/data/oled.key": KEY} if i == 1 else None)
+                      for i, addr in enumerate(BOXES)]
+        key_file = tempfile.NamedTemporaryFile(prefix="oledt-key-")
+        self.addCleanup(key_file.close)
+        key_file.write(KEY)
+        key_file.flush()
         self.server = subprocess.Popen(
-            self.netns.exec_args([os.path.join(BIN_DIR, "oledctl"), "serve", "--timeout", "1"]),
+            self.netns.exec_args([os.path.join(BIN_DIR, "oledctl"), "serve", "--timeout", "1", "--key-file", key_file.name]),
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
         self.addCleanup(self.stop_server)
         first = self.server.stdout.readline()

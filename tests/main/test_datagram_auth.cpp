@@ -4,6 +4,7 @@
 
 #include "capture_stdout.h"
 #include "datagram_auth.h"
+#include "hmac_sha256.h"
 #include "temp_root.h"
 
 namespace {

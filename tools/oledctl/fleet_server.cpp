@@ -128,7 +128,7 @@ int serve(const CliOptions& options) {
     for (int number : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, number);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
-    Api api(Network{options.port, options.iface, options.timeout, options.subnet_addresses});
+    Api api(Network{options.port, options.iface, options.timeout, options.subnet_addresses, options.key});
     httplib::Server server;
     server.set_default_headers({{"Cache-Control", "no-store"},
                                 {"X-Content-Type-Options", "nosniff"},

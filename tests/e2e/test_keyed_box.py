@@ -1,0 +1,87 @@
+"""A box holding a key in /data/oled.key, on a segment with the operator's
+PC: only datagrams signed with that key change it, each at most once."""
+
+import hashlib
+import hmac
+import os
+import re
+import shutil
+import tempfile
+
+from harness import main, run
+from segment import Listener, OperatorSegment
+
+KEY = b"the fleet's key\n, any bytes"
+BOX = "10.0.0.5"
+THIRD = "10.0.0.7"
+README = os.path.join(os.path.dirname(__file__), "..", "..", "README.md")
+
+
+def signed(datagram, counter, key=KEY):
+    text = "%s|auth=%d" % (datagram, counter)
+    return text + ":" + hmac.new(key, text.encode(), hashlib.sha256).hexdigest()
+
+
+class KeyedBox(OperatorSegment):
+    def setUp(self):
+        super().setUp()
+        self.keyed = self.serving_box(BOX, files={"/data/oled.key": KEY})
+        self.folder = tempfile.mkdtemp(prefix="oledt-key-")
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+        self.key_file = os.path.join(self.folder, "fleet.key")
+        with open(self.key_file, "wb") as f:
+            f.write(KEY)
+        self.sock = self.netns.udp_socket()
+        self.addCleanup(self.sock.close)
+
+    def send(self, datagram):
+        start = len(self.keyed.output())
+        self.sock.sendto(datagram.encode(), (BOX, 16124))
+        return start
+
+    def refused(self, datagram, reason):
+        line = "refused a datagram from %s:%d: %s" % (self.OPERATOR, self.sock.getsockname()[1], reason)
+        self.keyed.wait_for(line, after=self.send(datagram))
+
+    def test_only_new_datagrams_signed_with_the_key_change_the_box(self):
+        third = Listener(self.station(THIRD), THIRD)
+        self.addCleanup(third.close)
+        before = self.keyed.read("/data/oled.ini")
+        good = signed("cpu=0|sleep=7", 1000)
+        self.refused("cpu=0|sleep=7", "not signed")
+        self.refused("replyoled=%s:16124" % THIRD, "not signed")
+        self.refused(good[:-1] + ("1" if good.endswith("0") else "0"), "wrong MAC")
+        self.refused(signed("cpu=0|sleep=7", 1000, key=b"another key, also long"), "wrong MAC")
+        self.assertEqual(self.keyed.read("/data/oled.ini"), before)
+
+        self.send(good)
+        self.wait_for_setting(self.keyed, "OLed_a_sleep_tim=7")
+        self.refused(good, "counter 1000 not above the last accepted")
+        self.refused(signed("vi=0", 999), "counter 999 not above the last accepted")
+        self.keyed.signal()
+        self.keyed.wait()
+        self.started(self.keyed, BOX)
+        self.refused(good, "counter 1000 not above the last accepted")
+        # A query answered to its sender needs no key.
+        self.send("replyoled")
+        self.assertTrue(self.sock.recv(65536).startswith(b"[oled]\n"))
+        self.assertEqual(third.received(), [])
+        self.assertIn("OLed_a_vi=1", self.keyed.read("/data/oled.ini").splitlines())
+
+    def test_oledctl_and_the_readme_script_sign_with_the_key(self):
+        for verb in (("set", "sleep=9", "--box", BOX), ("led-test", "off", "--box", BOX), ("discover",)):
+            self.assertEqual(self.oledctl(*verb, "--key-file", self.key_file).returncode, 0, verb)
+        self.wait_for_setting(self.keyed, "OLed_a_sleep_tim=9")
+        got = self.oledctl("get", "--box", BOX, "--key-file", self.key_file)
+        self.assertEqual((got.returncode, got.stdout), (0, self.keyed.read("/data/oled.ini")))
+
+        with open(README) as f:
+            script = re.search(r"```python\n(.*?)```", f.read(), re.S).group(1)
+        run(*self.netns.exec_args(["python3", "-c", script]), cwd=self.folder)
+        self.wait_for_setting(self.keyed, "OLed_a_cpu=0")
+        self.wait_for_setting(self.keyed, "OLed_a_sleep_tim=5")
+        self.assertFalse([line for line in self.keyed.output() if "refused" in line])
+
+
+if __name__ == "__main__":
+    main()
