@@ -17,6 +17,7 @@
 #include "box_root.h"
 #include "control_datagram.h"
 #include "runtime_settings.h"
+#include "settings_saver.h"
 #include "singleton.h"
 #include "software_config.h"
 
@@ -103,10 +104,14 @@ Run run(const char* const* datagrams, int kinds, long count, const std::string& 
     RewriteCounter counter(file);
     const long saves = literal_saves();
     const ControlPeer sender = {"192.168.1.1", 40000};
+    SettingsSaver saver;
+    ControlContext context = {"192.168.1.20", panel_and_led_pins(), &reply, &saver, nullptr};
     const double start = now_seconds();
     for (long i = 0; i < count; ++i) {
         const char* text = datagrams[i % kinds];
-        handle_control_datagram(text, static_cast<long>(strlen(text)), sender, "192.168.1.20", reply);
+        // A quiet second between datagrams: every change is saved at once.
+        const int64_t now_ms = i * 2 * SettingsSaver::kQuietMs;
+        handle_control_datagram(text, static_cast<long>(strlen(text)), sender, context, now_ms);
         counter.look();
     }
     return Run{now_seconds() - start, kLiteral ? literal_saves() - saves : counter.rewrites()};

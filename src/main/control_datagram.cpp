@@ -1,15 +1,19 @@
 #include "control_datagram.h"
 
+#include <arpa/inet.h>
 #include <stdio.h>
 #include <string.h>
 
+#include <algorithm>
 #include <memory>
-#include <vector>
 
+#include "board_defaults.h"
+#include "control_keys.h"
 #include "datagram_auth.h"
 #include "file_helpers.h"
 #include "path_on_box.h"
 #include "runtime_settings.h"
+#include "settings_saver.h"
 #include "singleton.h"
 #include "software_config.h"
 
@@ -17,56 +21,25 @@ namespace {
 
 typedef SoftwareConfig C;
 
-enum Action {
-    kControlled,   // prints the address the datagram is aimed at
-    kStoreNumber,  // stores the number; sets the switch, if any, to number != 0
-    kStoreText,    // stores the text as it is
-    kCustomText,   // stores the text and shows it as the custom line
-    kSleep,        // stores the number and makes it the page time
-    kLedTest,      // LED test mode; not stored
-    kReply         // sends the settings file
-};
-
-struct Command {
+// The run-time switch each switch key sets to value != 0.
+struct SwitchFlag {
     const char* key;
-    Action action;
-    int id;      // setting written, -1 for none
-    bool* flag;  // run-time switch, or nullptr
+    bool* flag;
 };
 
-// Tried in this order; the first key that matches is carried out.
-const Command kCommands[] = {
-    {"controlled", kControlled, -1, nullptr},
-    {"oled_type", kStoreNumber, C::OLed_a_kind_start, nullptr},
-    {"led_on", kStoreNumber, C::OLed_a_led_start, &led_outside},
-    {"oled_str_en", kStoreNumber, C::OLed_a_small_n_start, &oled_string_enable},
-    {"oled_string", kCustomText, C::OLed_a_small_n_buf, nullptr},
-    {"cpu", kStoreNumber, C::OLed_a_cpu, &oled_display_cpu},
-    {"vi", kStoreNumber, C::OLed_a_vi, &oled_display_vi},
-    {"ai", kStoreNumber, C::OLed_a_ai, &oled_display_ai},
-    {"net", kStoreNumber, C::OLed_a_net, &oled_display_ethspeed},
-    {"time", kStoreNumber, C::OLed_a_start, &oled_display_time},
-    {"venc", kStoreNumber, C::OLed_a_venc, &oled_display_venc},
-    {"temp", kStoreNumber, C::OLed_a_temp, &oled_display_temp},
-    {"io", kStoreNumber, C::OLed_a_io, &oled_display_io},
-    {"sleep", kSleep, C::OLed_a_sleep_tim, nullptr},
-    {"logo", kStoreNumber, C::OLed_a_logo, &oled_display_logo},
-    {"port", kStoreNumber, C::OLed_a_gpio_j, nullptr},
-    {"sda", kStoreText, C::OLed_ba_SDINMUX, nullptr},
-    {"scl", kStoreText, C::OLed_ba_SCLKMUX, nullptr},
-    {"cs", kStoreText, C::OLed_ba_CS_MUX, nullptr},
-    {"dc", kStoreText, C::OLed_ba_DC_MUX, nullptr},
-    {"res", kStoreText, C::OLed_ba_RES_MUX, nullptr},
-    {"sml_sda", kStoreText, C::OLed_sml_SDINMUX, nullptr},
-    {"sml_scl", kStoreText, C::OLed_sml_SCLKMUX, nullptr},
-    {"vcc", kStoreText, C::OLed_sml_VCCMUX, nullptr},
-    {"gnd", kStoreText, C::OLed_sml_GNDMUX, nullptr},
-    {"pwr_led", kStoreText, C::kLed_pwr_gpio, nullptr},
-    {"cpu_led", kStoreText, C::kLed_cpu_gpio, nullptr},
-    {"eth_led", kStoreText, C::kLed_eth_gpio, nullptr},
-    {"hdmi_led", kStoreText, C::kLed_hdmi_gpio, nullptr},
-    {"test", kLedTest, -1, nullptr},
-    {"replyoled", kReply, -1, nullptr},
+const SwitchFlag kSwitchFlags[] = {
+    {"led_on", &led_outside},        {"oled_str_en", &oled_string_enable}, {"cpu", &oled_display_cpu},
+    {"vi", &oled_display_vi},        {"ai", &oled_display_ai},             {"net", &oled_display_ethspeed},
+    {"time", &oled_display_time},    {"venc", &oled_display_venc},         {"temp", &oled_display_temp},
+    {"io", &oled_display_io},        {"logo", &oled_display_logo},
+};
+
+// Settings that name a pin of the panels or the LEDs.
+const C::SoftWareConfigID kPanelAndLedPins[] = {
+    C::OLed_ba_SDINMUX,  C::OLed_ba_SCLKMUX,  C::OLed_ba_CS_MUX, C::OLed_ba_DC_MUX,   C::OLed_ba_RES_MUX,
+    C::OLed_sml_SDINMUX, C::OLed_sml_SCLKMUX, C::OLed_sml_VCCMUX, C::OLed_sml_GNDMUX, C::kLed_eth_gpio,
+    C::kLed_cpu_gpio,    C::kLed_hdmi_gpio,   C::kLed_pwr_gpio,  C::kLed_eth_onboard, C::kLed_cpu_onboard,
+    C::kLed_hdmi_onboard,
 };
 
 // The custom line takes at most 21 bytes of the value.
@@ -84,14 +57,31 @@ std::string one_line(const std::string& value)
     return value.substr(0, value.find_first_of("\r\n"));
 }
 
-const Command* find_command(const std::string& key)
+bool* switch_flag(const char* key)
 {
-    for (size_t i = 0; i < sizeof(kCommands) / sizeof(kCommands[0]); ++i) {
-        if (key == kCommands[i].key) {
-            return &kCommands[i];
+    for (const SwitchFlag& entry : kSwitchFlags) {
+        if (strcmp(entry.key, key) == 0) {
+            return entry.flag;
         }
     }
     return nullptr;
+}
+
+C::SoftWareConfigID setting_id(const char* name)
+{
+    for (int id = 0; id < C::kConfigCount; ++id) {
+        if (strcmp(C::KeyName(id), name) == 0) {
+            return static_cast<C::SoftWareConfigID>(id);
+        }
+    }
+    return C::kConfigCount;
+}
+
+int pin_number(const std::string& text)
+{
+    int group = 0;
+    int bit = 0;
+    return parse_pin(text, group, bit) ? group * 8 + bit : -1;
 }
 
 // "[oled]", a newline and the settings file byte for byte; the header
@@ -115,12 +105,27 @@ std::string settings_reply()
     return payload;
 }
 
+// Addresses a reply never goes to: they would reach the box's own local
+// services (loopback, "this network") or every host (multicast, broadcast
+// and the reserved block under it).
+bool no_reply_address(const std::string& address)
+{
+    in_addr parsed;
+    if (inet_aton(address.c_str(), &parsed) == 0) {
+        return true;
+    }
+    const uint32_t host = ntohl(parsed.s_addr);
+    const uint32_t first = host >> 24;
+    return first == 0 || first == 127 || first >= 224;
+}
+
 // State of one datagram while its items are carried out.
 struct Datagram {
     SoftwareConfig& config;
-    ReplySender& reply;
+    const ControlContext& context;
     ControlPeer destination;  // of replies: the sender until an item names another
     unsigned int sender_port;
+    const std::string* unsaved;  // the settings waiting to be written, or nullptr
 };
 
 void send_reply(const std::string& value, Datagram& datagram)
@@ -139,41 +144,69 @@ void send_reply(const std::string& value, Datagram& datagram)
         datagram.destination.port = parts.size() > 1 ? static_cast<unsigned int>(strtol_(parts[1].c_str(), 10))
                                                      : datagram.sender_port;
     }
-    datagram.reply.send(datagram.destination.address.c_str(), datagram.destination.port, settings_reply());
+    const std::string& address = datagram.destination.address;
+    if (no_reply_address(address)) {
+        printf("replyoled: no reply to %s (loopback, multicast, broadcast or unspecified)\n",
+               shown_value(address).c_str());
+        return;
+    }
+    // While a save waits, the file is behind the settings: the reply shows
+    // them as they will be saved.
+    const std::string payload = datagram.unsaved != nullptr ? "[oled]\n" + *datagram.unsaved : settings_reply();
+    datagram.context.reply->send(address.c_str(), datagram.destination.port, payload);
 }
 
-void carry_out(const Command& command, const std::string& value, Datagram& datagram)
+// Why the box refuses value for key, "" when it takes it.
+std::string refusal(const ControlKey& key, const std::string& value, const ControlContext& context)
+{
+    const std::string problem = control_value_problem(key, value);
+    if (!problem.empty() || key.kind != ControlValueKind::Pin || value == "0") {
+        return problem;
+    }
+    const std::vector<int>& own = context.own_pins;
+    if (std::find(own.begin(), own.end(), pin_number(value)) == own.end()) {
+        return std::string(key.key) + ": " + value +
+               " is not a pin of this box's panel or LEDs (those are set in /data/oled.ini on the box)";
+    }
+    return "";
+}
+
+void carry_out(const ControlKey& key, const std::string& value, Datagram& datagram)
 {
     SoftwareConfig& config = datagram.config;
-    const C::SoftWareConfigID id = static_cast<C::SoftWareConfigID>(command.id);
-    switch (command.action) {
-    case kControlled:
-        printf("controlled ip %s\n", value.c_str());
+    const C::SoftWareConfigID id = setting_id(key.setting);
+    switch (key.effect) {
+    case ControlEffect::Marker:
+        printf("controlled ip %s\n", shown_value(value).c_str());
         break;
-    case kStoreNumber:
+    case ControlEffect::Switch:
+        if (bool* flag = switch_flag(key.key)) {
+            *flag = str2int(value) != 0;
+        }
         config.SetConfig(id, str2int(value));
-        if (command.flag != nullptr) {
-            *command.flag = str2int(value) != 0;
+        break;
+    case ControlEffect::StoreOnly:
+        if (key.kind == ControlValueKind::Integer) {
+            config.SetConfig(id, str2int(value));
+        } else {
+            config.SetConfig(id, value);
         }
         break;
-    case kStoreText:
-        config.SetConfig(id, one_line(value));
-        break;
-    case kCustomText:
-        config.SetConfig(id, one_line(value));
-        strncpy(oled_data, one_line(value).c_str(), kCustomTextBytes);
+    case ControlEffect::CustomText:
+        config.SetConfig(id, value);
+        strncpy(oled_data, value.c_str(), kCustomTextBytes);
         // A 21-byte value is not terminated by the copy; the screens read
         // the line as a C string, so the byte after it stays a terminator.
         oled_data[kCustomTextBytes] = '\0';
         break;
-    case kSleep:
+    case ControlEffect::SleepTime:
         config.SetConfig(id, str2int(value));
         oled_sleep_time = str2int(value);
         break;
-    case kLedTest:
+    case ControlEffect::LedTest:
         led_test = str2int(value);
         break;
-    case kReply:
+    case ControlEffect::Reply:
         send_reply(value, datagram);
         break;
     }
@@ -184,15 +217,20 @@ void carry_out_item(const std::string& item, Datagram& datagram)
     std::vector<std::string> parts;
     SplitString(item, parts, "=");
     const std::string key = parts.empty() ? std::string() : parts[0];
-    const std::string value = parts.size() > 1 ? parts[1] : std::string();
+    const std::string value = parts.size() > 1 ? one_line(parts[1]) : std::string();
     // Without a value ("cpu", "cpu=") there is nothing to act on; only a
     // reply needs none.
     if (value.empty() && key != "replyoled") {
         return;
     }
-    const Command* command = find_command(key);
+    const ControlKey* command = find_control_key(key);
     if (command == nullptr) {
         puts("you send error command");
+        return;
+    }
+    const std::string refused = refusal(*command, value, datagram.context);
+    if (!refused.empty()) {
+        printf("item refused, %s\n", refused.c_str());
         return;
     }
     carry_out(*command, value, datagram);
@@ -204,13 +242,13 @@ bool needs_key(const std::string& item, const ControlPeer& sender)
 {
     std::vector<std::string> parts;
     SplitString(item, parts, "=");
-    const Command* command = parts.empty() ? nullptr : find_command(parts[0]);
-    if (command == nullptr || parts.size() < 2 || parts[1].empty() || command->action == kControlled) {
+    const ControlKey* key = parts.empty() ? nullptr : find_control_key(parts[0]);
+    if (key == nullptr || parts.size() < 2 || parts[1].empty() || key->effect == ControlEffect::Marker) {
         return false;
     }
     std::vector<std::string> destination;
     SplitString(parts[1], destination, ":");
-    return command->action != kReply || destination[0] != sender.address;
+    return key->effect != ControlEffect::Reply || destination[0] != sender.address;
 }
 
 // With a key on the box a datagram that needs one is carried out only when
@@ -236,8 +274,21 @@ bool permitted(std::string& command_text, const ControlPeer& sender, DatagramAut
 
 }  // namespace
 
-bool handle_control_datagram(const char* text, long length, const ControlPeer& sender,
-                             const std::string& local_address, ReplySender& reply, DatagramAuth* auth)
+std::vector<int> panel_and_led_pins()
+{
+    std::shared_ptr<SoftwareConfig> config = Singleton<SoftwareConfig>::instance();
+    const std::vector<std::string> defaults = SoftwareConfig::DefaultValues(hw_info);
+    std::vector<int> pins;
+    for (C::SoftWareConfigID id : kPanelAndLedPins) {
+        pins.push_back(pin_number(config->GetConfig(id)));
+        pins.push_back(pin_number(defaults[id]));
+    }
+    pins.erase(std::remove(pins.begin(), pins.end(), -1), pins.end());
+    return pins;
+}
+
+bool handle_control_datagram(const char* text, long length, const ControlPeer& sender, ControlContext& context,
+                             int64_t now_ms)
 {
     if (text == nullptr || length < 2) {
         return false;
@@ -246,29 +297,26 @@ bool handle_control_datagram(const char* text, long length, const ControlPeer& s
     const size_t cut = length < kControlDatagramMax ? static_cast<size_t>(length) : kControlDatagramMax;
     std::string command_text(text, strnlen(text, cut));
 
-    // Aimed at one box: only the box whose address occurs in it obeys.
+    // Aimed at one box: only the box whose address occurs in it obeys, and
+    // a box that does not know its address obeys none (the empty text
+    // occurs in every text).
     if (command_text.find("controlled") != std::string::npos &&
-        command_text.find(local_address) == std::string::npos) {
+        (context.local_address.empty() || command_text.find(context.local_address) == std::string::npos)) {
         return false;
     }
-    if (auth != nullptr && !permitted(command_text, sender, *auth)) {
+    if (context.auth != nullptr && !permitted(command_text, sender, *context.auth)) {
         return false;
     }
 
     std::shared_ptr<SoftwareConfig> config = Singleton<SoftwareConfig>::instance();
-    Datagram datagram = {*config, reply, sender, sender.port};
     std::vector<std::string> items;
     SplitString(command_text, items, "|");
-    for (size_t i = 0; i < items.size(); ++i) {
-        carry_out_item(items[i], datagram);
-    }
-
-    config->SaveConfig();
-    if (auth != nullptr) {
-        auth->save();
-    }
-    config->ReadConfig();
-    config->PrintConfig();
+    context.saver->change(now_ms, [&](const std::string* unsaved) {
+        Datagram datagram = {*config, context, sender, sender.port, unsaved};
+        for (size_t i = 0; i < items.size(); ++i) {
+            carry_out_item(items[i], datagram);
+        }
+    });
     oled_led_on = led_onboard ? true : led_outside;
     return true;
 }

@@ -1,7 +1,13 @@
 #ifndef OLED_MAIN_CONTROL_DATAGRAM_H
 #define OLED_MAIN_CONTROL_DATAGRAM_H
 
+#include <stdint.h>
+
 #include <string>
+#include <vector>
+
+class DatagramAuth;
+class SettingsSaver;
 
 // Longest command text: a datagram is cut here and its text ends there.
 const int kControlDatagramMax = 1024;
@@ -21,14 +27,26 @@ public:
     virtual void send(const char* ip, unsigned int port, const std::string& payload) = 0;
 };
 
-// Carries out one command datagram of length bytes: targeting, the
-// command table, replies, then save, re-read and print of the settings and
-// the LED switch recomputed. local_address is the box's own eth0 address
-// text ("" when unknown). Returns false when the datagram was ignored
-// (shorter than two bytes, or aimed at another box) or refused for want of
-// a signature made with auth's key (none needed without auth).
-class DatagramAuth;
-bool handle_control_datagram(const char* text, long length, const ControlPeer& sender,
-                             const std::string& local_address, ReplySender& reply, DatagramAuth* auth = nullptr);
+// What datagrams act with for the server's lifetime.
+struct ControlContext {
+    std::string local_address;  // the box's own eth0 address text, "" when unknown
+    std::vector<int> own_pins;  // group * 8 + bit of every pin a datagram may name
+    ReplySender* reply;
+    SettingsSaver* saver;
+    DatagramAuth* auth;  // checks signatures; nullptr: no key asked for
+};
+
+// The pins that the panel and LED settings name now, and the board's
+// default panel pins: a datagram may move the panel among these.
+std::vector<int> panel_and_led_pins();
+
+// Carries out one command datagram of length bytes at now_ms (monotonic):
+// targeting, every item checked and carried out, replies, then the save
+// (at once or pending, as the saver rules) and the LED switch recomputed.
+// Returns false when the datagram was ignored (shorter than two bytes, or
+// aimed at another box, or aimed while the box does not know its address)
+// or refused whole for want of a signature made with the box's key.
+bool handle_control_datagram(const char* text, long length, const ControlPeer& sender, ControlContext& context,
+                             int64_t now_ms);
 
 #endif

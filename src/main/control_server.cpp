@@ -12,6 +12,7 @@
 #include "datagram_auth.h"
 #include "reply_limiter.h"
 #include "runtime_settings.h"
+#include "settings_saver.h"
 #include "singleton.h"
 #include "software_config.h"
 #include "udp_socket.h"
@@ -45,8 +46,9 @@ public:
 
     void send(const char* ip, unsigned int port, const std::string& payload) override
     {
+        const long bytes = static_cast<long>(payload.size());
         const ReplyLimiter::Verdict verdict =
-            kLimitReplies ? limiter_.allow(inet_addr(ip), monotonic_ms()) : ReplyLimiter::kSend;
+            kLimitReplies ? limiter_.allow(inet_addr(ip), bytes, monotonic_ms()) : ReplyLimiter::kSend;
         if (verdict == ReplyLimiter::kDropAndTell) {
             printf("replyoled: replies are being limited, one to %s dropped\n", ip);
         }
@@ -54,13 +56,25 @@ public:
             return;
         }
         // A lost reply is not retried: the tool asks again.
-        socket_.SendTo(ip, port, payload.data(), static_cast<long>(payload.size()));
+        socket_.SendTo(ip, port, payload.data(), bytes);
     }
 
 private:
     UDPSocket& socket_;
     ReplyLimiter limiter_;
 };
+
+// The next receive waits no longer than until a pending save falls due
+// (without one, for ever: 0). waiting_ms is the time-out the socket has.
+void wait_no_later_than(UDPSocket& socket, int64_t due_ms, int64_t& waiting_ms)
+{
+    const int64_t left = due_ms < 0 ? 0 : due_ms - monotonic_ms();
+    const int64_t wait = due_ms < 0 ? 0 : (left < 1 ? 1 : left);
+    if (wait != waiting_ms) {
+        socket.SetTimeOut(static_cast<int>(wait / 1000), static_cast<int>(wait % 1000 * 1000));
+        waiting_ms = wait;
+    }
+}
 
 }  // namespace
 
@@ -73,28 +87,37 @@ void oled_ump(unsigned int port)
     socket->CreateUDPServer(port, false, true);
     socket->AddMemberShip(kControlGroup, kControlInterface, true, 0);
 
-    // Read once: empty when eth0 has no address, and every text holds the
-    // empty text, so such a box obeys every aimed datagram.
+    // Read once: empty when eth0 has no address, and such a box obeys no
+    // aimed datagram.
     char local_address[NetworkInfo::kItemSize] = "";
     socket->GetNetworkInfo(kControlInterface, NetworkInfo::IF_ADDR, local_address);
 
-    DatagramAuth auth;
-    auth.load();
     SocketReply reply(*socket);
+    SettingsSaver& saver = process_settings_saver();
+    DatagramAuth& auth = process_datagram_auth();
+    auth.load();
+    saver.keep_counter(&auth);
+    ControlContext context = {local_address, panel_and_led_pins(), &reply, &saver, &auth};
     // One byte more than the longest command, so the text always ends.
     char buf[kControlDatagramMax + 1];
+    int64_t waiting_ms = 0;
     while (thread_oled_ump) {
         memset(buf, 0, sizeof(buf));
+        const int64_t due = saver.due_ms();
+        wait_no_later_than(*socket, due, waiting_ms);
         const int received = socket->RecvFrom(buf, kControlDatagramMax);
+        saver.save_if_due(monotonic_ms());
         if (received < 0) {
-            usleep(kFailedReceivePause);
+            if (due < 0) {
+                usleep(kFailedReceivePause);
+            }
             continue;
         }
         const sockaddr_in from = socket->GetClientSockaddr();
         char from_text[20] = "";
         inet_ntop(AF_INET, &from.sin_addr, from_text, sizeof(from_text));
         const ControlPeer sender = {from_text, ntohs(from.sin_port)};
-        handle_control_datagram(buf, received, sender, local_address, reply, &auth);
+        handle_control_datagram(buf, received, sender, context, monotonic_ms());
     }
     socket.reset();
     config.reset();

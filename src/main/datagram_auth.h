@@ -1,6 +1,7 @@
 #ifndef OLED_MAIN_DATAGRAM_AUTH_H
 #define OLED_MAIN_DATAGRAM_AUTH_H
 
+#include <pthread.h>
 #include <stdint.h>
 
 #include <string>
@@ -27,8 +28,15 @@ struct Signature {
 // is none.
 Signature take_signature(std::string& text);
 
+// Every member but load takes the object's lock: the signal path may save
+// the counter while the control server checks one.
 class DatagramAuth {
 public:
+    DatagramAuth();
+    ~DatagramAuth();
+    DatagramAuth(const DatagramAuth&) = delete;
+    DatagramAuth& operator=(const DatagramAuth&) = delete;
+
     // Reads the key and the highest counter accepted before, and prints
     // what the box will ask of datagrams or what keeps it from checking.
     void load();
@@ -41,7 +49,7 @@ public:
     std::string accept(const Signature& signature);
 
     // An accepted counter is not on flash yet.
-    bool save_pending() const { return saved_ != highest_; }
+    bool save_pending();
     // Writes the highest counter; false when it could not.
     bool save();
 
@@ -51,6 +59,11 @@ private:
     std::string key_;
     uint64_t highest_ = 0;
     uint64_t saved_ = 0;
+    pthread_mutex_t mutex_;
 };
+
+// The control server's, for the daemon's life: the signal path may save
+// its counter while exit() runs the destructors of statics.
+DatagramAuth& process_datagram_auth();
 
 #endif

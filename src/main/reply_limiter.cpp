@@ -4,7 +4,7 @@ namespace {
 
 const int64_t kThousandths = 1000;  // tokens are counted in these: whole ms refill them exactly
 
-// Tops the bucket up for the time since it was last filled: rate replies a
+// Tops the bucket up for the time since it was last filled: rate bytes a
 // second is rate thousandths a millisecond.
 void refill(int64_t& tokens, int64_t& refilled_ms, int64_t now_ms, int rate, int burst)
 {
@@ -24,7 +24,7 @@ ReplyLimiter::ReplyLimiter() : told_ms_(0), told_(false)
     for (int i = 0; i < kDestinations; ++i) {
         destinations_[i].in_use = false;
     }
-    whole_box_.tokens = kWholeBoxBurst * kThousandths;
+    whole_box_.tokens = kWholeBoxBurstBytes * kThousandths;
     whole_box_.refilled_ms = 0;
 }
 
@@ -44,19 +44,21 @@ ReplyLimiter::Destination& ReplyLimiter::find(uint32_t address, int64_t now_ms)
     oldest->address = address;
     oldest->seen_ms = now_ms;
     oldest->in_use = true;
-    oldest->bucket.tokens = kPerDestinationBurst * kThousandths;
+    oldest->bucket.tokens = kPerDestinationBurstBytes * kThousandths;
     oldest->bucket.refilled_ms = now_ms;
     return *oldest;
 }
 
-ReplyLimiter::Verdict ReplyLimiter::allow(uint32_t destination, int64_t now_ms)
+ReplyLimiter::Verdict ReplyLimiter::allow(uint32_t destination, long bytes, int64_t now_ms)
 {
     Bucket& own = find(destination, now_ms).bucket;
-    refill(own.tokens, own.refilled_ms, now_ms, kPerDestinationPerSecond, kPerDestinationBurst);
-    refill(whole_box_.tokens, whole_box_.refilled_ms, now_ms, kWholeBoxPerSecond, kWholeBoxBurst);
-    if (own.tokens >= kThousandths && whole_box_.tokens >= kThousandths) {
-        own.tokens -= kThousandths;
-        whole_box_.tokens -= kThousandths;
+    refill(own.tokens, own.refilled_ms, now_ms, kPerDestinationBytesPerSecond, kPerDestinationBurstBytes);
+    refill(whole_box_.tokens, whole_box_.refilled_ms, now_ms, kWholeBoxBytesPerSecond, kWholeBoxBurstBytes);
+    const long most = kPerDestinationBurstBytes;
+    const int64_t cost = (bytes < 0 ? 0 : bytes > most ? most : bytes) * kThousandths;
+    if (own.tokens >= cost && whole_box_.tokens >= cost) {
+        own.tokens -= cost;
+        whole_box_.tokens -= cost;
         return kSend;
     }
     if (told_ && now_ms - told_ms_ < kTellEveryMs) {

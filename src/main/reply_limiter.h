@@ -6,8 +6,9 @@
 // Bounds the settings replies the box sends, so that datagrams naming a
 // third party (replyoled=ADDRESS:PORT, or a forged sender) cannot turn it
 // into an amplifier: a token bucket per destination address, as DNS
-// servers limit their responses, and one for the whole box. Time comes
-// from the caller (milliseconds of a monotonic clock), so tests drive it.
+// servers limit their responses, and one for the whole box, both counted
+// in bytes, since a reply grows with the texts stored. Time comes from the
+// caller (milliseconds of a monotonic clock), so tests drive it.
 class ReplyLimiter {
 public:
     enum Verdict {
@@ -17,16 +18,16 @@ public:
     };
 
     // A tool polls a box a few times a second and a script may read it a
-    // handful of times at once: 10 replies a second with a burst of 20
-    // answer both, while a flood aimed at one address gets about 7 kB/s
-    // out of the box (a reply is ~700 bytes) whatever it sends.
-    static const int kPerDestinationPerSecond = 10;
-    static const int kPerDestinationBurst = 20;
-    // Many destinations at once still get no more than ~70 kB/s from the
-    // box in all. Only replies sent count here, so a flood aimed at one
-    // address, once its own bucket is empty, leaves the rest to others.
-    static const int kWholeBoxPerSecond = 100;
-    static const int kWholeBoxBurst = 100;
+    // handful of times at once: a reply is 700 to 1,200 bytes, so 12 kB a
+    // second with a burst of 24 kB answer both, while a flood aimed at one
+    // address gets no more than that out of the box whatever it sends.
+    static const int kPerDestinationBytesPerSecond = 12000;
+    static const int kPerDestinationBurstBytes = 24000;
+    // Many destinations at once still get no more than 100 kB a second in
+    // all. Only replies sent count here, so a flood aimed at one address,
+    // once its own bucket is empty, leaves the rest to others.
+    static const int kWholeBoxBytesPerSecond = 100000;
+    static const int kWholeBoxBurstBytes = 100000;
     // Enough for the tools of a studio; beyond it the least recently seen
     // destination is forgotten (its next reply starts a full bucket, and
     // the whole-box cap still holds).
@@ -35,13 +36,14 @@ public:
 
     ReplyLimiter();
 
-    // Whether a reply to destination (IPv4 address, network order) may be
-    // sent at now_ms; a reply allowed is counted as sent.
-    Verdict allow(uint32_t destination, int64_t now_ms);
+    // Whether a reply of bytes to destination (IPv4 address, network
+    // order) may be sent at now_ms; a reply allowed is counted as sent. A
+    // reply larger than a burst costs a whole burst.
+    Verdict allow(uint32_t destination, long bytes, int64_t now_ms);
 
 private:
     struct Bucket {
-        int64_t tokens;  // in thousandths of a reply
+        int64_t tokens;  // in thousandths of a byte
         int64_t refilled_ms;
     };
     struct Destination {

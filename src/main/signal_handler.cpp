@@ -12,6 +12,7 @@
 #include <atomic>
 
 #include "runtime_settings.h"
+#include "settings_saver.h"
 
 namespace {
 
@@ -117,5 +118,6 @@ void HandleSig(int sig)
     thread_led_loop = false;
     sleep_one_second();  // gives the loops a pass to notice their flag
     puts("exit  HandleSig");
+    save_pending_settings();
     exit(-1);
 }

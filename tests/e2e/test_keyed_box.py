@@ -50,10 +50,16 @@ class KeyedBox(OperatorSegment):
         self.sock.sendto(good.encode(), (BOX, 16124))
         self.wait_for_setting(self.keyed, "OLed_a_sleep_tim=7")
         self.refused(signed("vi=0", 999), "counter 999 not above the last accepted")
+        # Within a second of the last save: this counter waits for the next,
+        # which the stop signal makes.
+        later = signed("ai=0", 1001)
+        self.sock.sendto(later.encode(), (BOX, 16124))
+        self.wait_for_setting(self.keyed, "OLed_a_ai=0")
         self.keyed.signal()
         self.keyed.wait()
         self.started(self.keyed, BOX)
         self.refused(good, "counter 1000 not above the last accepted")
+        self.refused(later, "counter 1001 not above the last accepted")
         self.assertEqual(third.received(), [])
         self.assertIn("OLed_a_vi=1", self.keyed.read("/data/oled.ini").splitlines())
 

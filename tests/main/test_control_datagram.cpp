@@ -8,6 +8,7 @@
 #include "capture_stdout.h"
 #include "control_datagram.h"
 #include "runtime_settings.h"
+#include "settings_saver.h"
 #include "singleton.h"
 #include "software_config.h"
 #include "temp_root.h"
@@ -46,11 +47,14 @@ protected:
         led_test = 0;
     }
 
-    bool handle(const std::string& text, const std::string& local = "192.168.1.20")
+    // Each datagram a quiet second after the last, unless the test says when.
+    bool handle(const std::string& text, const std::string& local = "192.168.1.20", int64_t at_ms = -1)
     {
         CaptureStdout out;
+        now_ms = at_ms >= 0 ? at_ms : now_ms + 2000;
+        ControlContext context = {local, panel_and_led_pins(), &replies, &saver, nullptr};
         const bool obeyed = handle_control_datagram(text.data(), static_cast<long>(text.size()),
-                                                    ControlPeer{"192.168.1.1", 40000}, local, replies);
+                                                    ControlPeer{"192.168.1.1", 40000}, context, now_ms);
         printed = out.text();
         return obeyed;
     }
@@ -77,6 +81,8 @@ protected:
 
     TempRoot root;
     CollectReplies replies;
+    SettingsSaver saver;
+    int64_t now_ms = 0;
     std::string printed;
 };
 
@@ -85,23 +91,23 @@ protected:
 TEST_F(ControlDatagram, EveryKeyReachesItsSettingAndSwitch)
 {
     ASSERT_TRUE(handle("oled_type=3|led_on=1|oled_str_en=1|oled_string=HELLO|cpu=0|vi=0|ai=0|net=0|time=0|"
-                       "venc=0|temp=0|io=1|sleep=0|logo=1|port=5|sda=1_1|scl=1_2|cs=1_3|dc=1_4|res=1_5|"
-                       "sml_sda=2_1|sml_scl=2_2|vcc=2_3|gnd=2_4|pwr_led=3_1|cpu_led=3_2|eth_led=3_3|"
-                       "hdmi_led=3_4|test=2"));
+                       "venc=0|temp=0|io=1|sleep=3600|logo=1|port=65535|sda=4_3|scl=4_2|cs=4_1|dc=4_0|res=3_5|"
+                       "sml_sda=4_3|sml_scl=4_2|vcc=0|gnd=3_5|pwr_led=4_0|cpu_led=4_1|eth_led=4_2|"
+                       "hdmi_led=4_3|test=2"));
     EXPECT_EQ(settings_file(),
               defaults_with({"OLed_a_kind_start=3", "OLed_a_led_start=1", "OLed_a_small_n_start=1",
                              "OLed_a_small_n_buf=HELLO", "OLed_a_cpu=0", "OLed_a_vi=0", "OLed_a_ai=0",
                              "OLed_a_net=0", "OLed_a_start=0", "OLed_a_venc=0", "OLed_a_temp=0", "OLed_a_io=1",
-                             "OLed_a_sleep_tim=0", "OLed_a_logo=1", "OLed_a_gpio_j=5", "OLed_ba_SDINMUX=1_1",
-                             "OLed_ba_SCLKMUX=1_2", "OLed_ba_CS_MUX=1_3", "OLed_ba_DC_MUX=1_4",
-                             "OLed_ba_RES_MUX=1_5", "OLed_sml_SDINMUX=2_1", "OLed_sml_SCLKMUX=2_2",
-                             "OLed_sml_VCCMUX=2_3", "OLed_sml_GNDMUX=2_4", "kLed_pwr_gpio=3_1",
-                             "kLed_cpu_gpio=3_2", "kLed_eth_gpio=3_3", "kLed_hdmi_gpio=3_4"}));
+                             "OLed_a_sleep_tim=3600", "OLed_a_logo=1", "OLed_a_gpio_j=65535", "OLed_ba_SDINMUX=4_3",
+                             "OLed_ba_SCLKMUX=4_2", "OLed_ba_CS_MUX=4_1", "OLed_ba_DC_MUX=4_0",
+                             "OLed_ba_RES_MUX=3_5", "OLed_sml_SDINMUX=4_3", "OLed_sml_SCLKMUX=4_2",
+                             "OLed_sml_VCCMUX=0", "OLed_sml_GNDMUX=3_5", "kLed_pwr_gpio=4_0",
+                             "kLed_cpu_gpio=4_1", "kLed_eth_gpio=4_2", "kLed_hdmi_gpio=4_3"}));
     EXPECT_EQ(oled_type, 1);  // the panel type waits for the next start
     EXPECT_TRUE(led_outside && oled_led_on && oled_string_enable && oled_display_io && oled_display_logo);
     EXPECT_FALSE(oled_display_cpu || oled_display_vi || oled_display_ai || oled_display_ethspeed ||
                  oled_display_time || oled_display_venc || oled_display_temp);
-    EXPECT_EQ(oled_sleep_time, 0);
+    EXPECT_EQ(oled_sleep_time, 3600);
     EXPECT_EQ(led_test, 2);
     EXPECT_EQ(memcmp(oled_data, "HELLO\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 22), 0);
     // Saved, re-read and printed once, after all items.
@@ -118,13 +124,13 @@ TEST_F(ControlDatagram, UnknownKeysAreReportedAndItemsWithoutValueIgnored)
     EXPECT_TRUE(oled_display_cpu);
     EXPECT_FALSE(oled_display_vi);
     // An empty value is no value: "cpu=" is "cpu", for every key.
-    handle("CPU=0|cpu =0|=0|cpu|bogus||oled_string|test|ai=x|cpu=|sleep=|oled_string=|test=|temp==0|bogus=");
+    handle("CPU=0|cpu =0|=0|cpu|bogus||oled_string|test|cpu=|sleep=|oled_string=|test=|temp==0|bogus=");
     EXPECT_EQ(count("you send error command\n"), 3);
     EXPECT_TRUE(oled_display_cpu && oled_display_temp);
     EXPECT_EQ(oled_sleep_time, 3);
     EXPECT_STREQ(oled_data, "WELCOME\n");
     EXPECT_EQ(led_test, 0);
-    EXPECT_EQ(settings_file(), defaults_with({"OLed_a_vi=0", "OLed_a_ai=-1"}));
+    EXPECT_EQ(settings_file(), defaults_with({"OLed_a_vi=0"}));
 }
 
 TEST_F(ControlDatagram, LedSwitchFollowsOnboardOrOutside)
@@ -135,16 +141,58 @@ TEST_F(ControlDatagram, LedSwitchFollowsOnboardOrOutside)
     EXPECT_TRUE(oled_led_on);
 }
 
-TEST_F(ControlDatagram, CustomTextIsCutAndStaysTerminated)
+TEST_F(ControlDatagram, RefusedItemsChangeNothingAndTheRestApply)
 {
-    memset(oled_data, 'X', sizeof(oled_data) - 1);
-    handle("oled_string=ABCDEFGHIJKLMNOPQRSTUVWXYZ");
-    EXPECT_STREQ(oled_data, "ABCDEFGHIJKLMNOPQRSTU");  // 21 bytes, then a terminator
-    EXPECT_EQ(settings_file(), defaults_with({"OLed_a_small_n_buf=ABCDEFGHIJKLMNOPQRSTUVWXYZ"}));
+    const std::string twenty = "ABCDEFGHIJKLMNOPQRST";
+    ASSERT_TRUE(handle("sleep=0|cpu=0|sleep=-5|oled_type=99|oled_string=" + twenty + "U|oled_string=A\x1b[2JB|" +
+                       "sda=9_1|vcc=9_3|pwr_led=1_0|test=-1|ai=\x1b[2J|vi=0|oled_string=" + twenty));
+    EXPECT_EQ(count("item refused, "), 10);
+    for (const char* reason :
+         {"sleep: 0 is out of range 1..3600", "sleep: -5 is out", "oled_type: 99 is out", "oled_string: 21 characters",
+          "oled_string: only printable", "sda: 9_1 is not a pin of this box", "vcc: 9_3 is not", "pwr_led: 1_0 is not",
+          "test: -1 is out", "ai: '\\x1b[2J' is not a decimal integer"}) {
+        EXPECT_EQ(count("item refused, " + std::string(reason)), 1) << reason;
+    }
+    EXPECT_EQ(printed.find('\x1b'), std::string::npos);  // never echoed raw to a terminal
+    EXPECT_EQ(oled_sleep_time, 3);
+    EXPECT_EQ(led_test, 0);
+    EXPECT_STREQ(oled_data, twenty.c_str());
+    EXPECT_FALSE(oled_display_cpu || oled_display_vi);
+    EXPECT_EQ(settings_file(), defaults_with({"OLed_a_cpu=0", "OLed_a_vi=0", "OLed_a_small_n_buf=" + twenty}));
     // A line break ends a stored text: the file keeps one line per key.
-    handle("oled_string=TWO\nLINES|sda=4_4\r\n");
+    handle("oled_string=TWO\nLINES|sda=4_3\r\n");
     EXPECT_STREQ(oled_data, "TWO");
-    EXPECT_EQ(settings_file(), defaults_with({"OLed_a_small_n_buf=TWO", "OLed_ba_SDINMUX=4_4"}));
+    EXPECT_EQ(settings_file(),
+              defaults_with({"OLed_a_cpu=0", "OLed_a_vi=0", "OLed_a_small_n_buf=TWO", "OLed_ba_SDINMUX=4_3"}));
+}
+
+TEST_F(ControlDatagram, ChangesWithinASecondOfAWriteAreSavedTogetherAtItsEnd)
+{
+    handle("cpu=0", "", 10000);  // the first change after a quiet second: at once
+    EXPECT_EQ(settings_file(), defaults_with({"OLed_a_cpu=0"}));
+    handle("cpu=1|vi=0", "", 10300);
+    handle("replyoled", "", 10600);
+    EXPECT_EQ(printed, "");
+    EXPECT_FALSE(oled_display_vi);  // applied at once all the same
+    // The reply shows the settings as they will be saved.
+    EXPECT_EQ(replies.payloads.back(), "[oled]\n" + defaults_with({"OLed_a_vi=0"}));
+    EXPECT_EQ(saver.due_ms(), 11000);
+    saver.save_if_due(10999);
+    EXPECT_EQ(settings_file(), defaults_with({"OLed_a_cpu=0"}));
+    {
+        CaptureStdout out;
+        saver.save_if_due(11000);
+        printed = out.text();
+    }
+    EXPECT_EQ(settings_file(), defaults_with({"OLed_a_vi=0"}));
+    EXPECT_EQ(printed, "[SaveConfig]-246: save config succeed\n[ReadConfig]-221: read_config: /data/oled.ini\n" +
+                           settings_file());
+    EXPECT_EQ(saver.due_ms(), -1);
+    // The signal path saves what waits, whatever the time.
+    handle("ai=0", "", 11500);
+    CaptureStdout quiet;
+    saver.save_pending();
+    EXPECT_EQ(settings_file(), defaults_with({"OLed_a_vi=0", "OLed_a_ai=0"}));
 }
 
 TEST_F(ControlDatagram, OnlyTheAddressedBoxObeysAControlledDatagram)
@@ -161,9 +209,11 @@ TEST_F(ControlDatagram, OnlyTheAddressedBoxObeysAControlledDatagram)
     // anywhere, an unknown own address matches all, no marker obeys all.
     EXPECT_TRUE(handle("controlled=192.168.1.20|vi=0", "192.168.1.2"));
     EXPECT_FALSE(handle("ai=0|xcontrolledx", "10.1.1.1"));
-    EXPECT_TRUE(handle("controlled=10.9.9.9|ai=0", ""));
+    // A box that does not know its own address obeys no aimed datagram.
+    EXPECT_FALSE(handle("controlled=|ai=0", ""));
     EXPECT_TRUE(handle("temp=0", "10.1.1.1"));
-    EXPECT_FALSE(oled_display_vi || oled_display_ai || oled_display_temp);
+    EXPECT_TRUE(oled_display_ai);
+    EXPECT_FALSE(oled_display_vi || oled_display_temp);
 }
 
 TEST_F(ControlDatagram, ReplyReflectsFileBeforeTheChange)
@@ -189,7 +239,6 @@ TEST_F(ControlDatagram, RepliesGoToTheSenderOrTheNamedDestination)
         // A destination holds for the datagram's later bare items.
         {"replyoled=10.0.0.5:9000|cpu=1|replyoled|replyoled=10.0.0.6:7|replyoled",
          {"10.0.0.5:9000", "10.0.0.5:9000", "10.0.0.6:7", "10.0.0.6:7"}},
-        {"replyoled=255.255.255.255:9", {"255.255.255.255:9"}},
         // Sixteen characters are refused; the next bare item goes to the sender.
         {"replyoled=1255.255.255.255:9|replyoled", {"192.168.1.1:40000"}},
     };
@@ -201,6 +250,12 @@ TEST_F(ControlDatagram, RepliesGoToTheSenderOrTheNamedDestination)
     }
     handle("replyoled");  // the next datagram starts from its own sender
     EXPECT_EQ(replies.to.back(), "192.168.1.1:40000");
+    // Never to the box's own services or to every host.
+    replies.to.clear();
+    handle("replyoled=127.0.0.1:9|replyoled=127.1:9|replyoled=224.168.1.1:9|replyoled=255.255.255.255:9|"
+           "replyoled=0.0.0.0:9|replyoled=10.0.0.5:9");
+    EXPECT_EQ(replies.to, std::vector<std::string>{"10.0.0.5:9"});
+    EXPECT_EQ(count("replyoled: no reply to "), 5);
 }
 
 TEST_F(ControlDatagram, TextEndsAtTheSizeLimitOrAZeroByte)

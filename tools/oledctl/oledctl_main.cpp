@@ -55,6 +55,11 @@ void usage(const std::string& verb) {
             }
             std::printf("  %-12s %-22s %s\n", command.key, values.c_str(), command.meaning);
         }
+        std::printf(
+            "The box checks every item again and refuses, with one printed line, what\n"
+            "it does not take; its other items still apply. Pins: a box takes only the\n"
+            "pins its panel and LED settings named when it started and its board's\n"
+            "default panel pins (others are set in /data/oled.ini on the box).\n");
     } else if (verb == "get") {
         std::printf(
             "usage: oledctl get --box ADDR [--json] [options]\n"

@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "control_keys.h"
+
 // What an operator's tool must know of the boxes' control protocol: the
 // command keys, the values each accepts, how a command datagram is built
 // and how the settings reply reads. No sockets here.
@@ -16,18 +18,12 @@ constexpr const char* kGroup = "224.168.1.1";
 constexpr std::size_t kMaxDatagram = 1024;
 constexpr const char* kReplyHeader = "[oled]\n";
 
-enum class ValueKind { Integer, Text, Pin };
+// The box's own table of keys and limits (no copy of it here).
+using ValueKind = ControlValueKind;
+using Command = ControlKey;
 
-struct Command {
-    const char* key;
-    ValueKind kind;
-    long min;  // integer range; for text the length range
-    long max;
-    const char* setting;  // the settings file key it is stored under, or ""
-    const char* meaning;
-};
-
-// The keys an operator may set, in the order the box tries them.
+// The keys an operator may set, in the order the box tries them: all but
+// the marker and the reply, which the verbs send themselves.
 const std::vector<Command>& command_table();
 const Command* find_command(const std::string& key);
 
