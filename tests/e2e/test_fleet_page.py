@@ -36,14 +36,10 @@ def chromium(profile):
 class FleetPage(OperatorSegment):
     def setUp(self):
         super().setUp()
-        self.boxes = [self.serving_box(addr, files={"/data/oled.key": KEY} if i == 1 else None)
-                      for i, addr in enumerate(BOXES)]
-        key_file = tempfile.NamedTemporaryFile(prefix="oledt-key-")
-        self.addCleanup(key_file.close)
-        key_file.write(KEY)
-        key_file.flush()
+        self.boxes = [self.serving_box(a, files={"/data/oled.key": KEY} if a == BOXES[1] else None) for a in BOXES]
+        key_file = self.boxes[1].host("/data/oled.key")
         self.server = subprocess.Popen(
-            self.netns.exec_args([os.path.join(BIN_DIR, "oledctl"), "serve", "--timeout", "1", "--key-file", key_file.name]),
+            self.netns.exec_args([os.path.join(BIN_DIR, "oledctl"), "serve", "--timeout", "1", "--key-file", key_file]),
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
         self.addCleanup(self.stop_server)
         first = self.server.stdout.readline()
