@@ -304,7 +304,11 @@ bool handle_control_datagram(const char* text, long length, const ControlPeer& s
         (context.local_address.empty() || command_text.find(context.local_address) == std::string::npos)) {
         return false;
     }
-    if (context.auth != nullptr && !permitted(command_text, sender, *context.auth)) {
+    bool allowed = context.auth == nullptr;
+    if (!allowed) {
+        context.saver->locked([&]() { allowed = permitted(command_text, sender, *context.auth); });
+    }
+    if (!allowed) {
         return false;
     }
 

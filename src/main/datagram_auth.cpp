@@ -54,24 +54,6 @@ bool read_counter(const std::string& text, uint64_t& value)
     return number != 0;
 }
 
-// Held for a scope; a thread that holds the lock already (a signal taken
-// in the middle of a check) is told so instead of waiting for itself.
-class Locked {
-public:
-    explicit Locked(pthread_mutex_t& mutex) : mutex_(mutex), held_(pthread_mutex_lock(&mutex) == 0) {}
-    ~Locked()
-    {
-        if (held_) {
-            pthread_mutex_unlock(&mutex_);
-        }
-    }
-    bool held() const { return held_; }
-
-private:
-    pthread_mutex_t& mutex_;
-    const bool held_;
-};
-
 }  // namespace
 
 Signature take_signature(std::string& text)
@@ -89,20 +71,6 @@ Signature take_signature(std::string& text)
     signature.mac = colon == std::string::npos ? std::string() : text.substr(colon + 1);
     text.erase(item);
     return signature;
-}
-
-DatagramAuth::DatagramAuth()
-{
-    pthread_mutexattr_t attributes;
-    pthread_mutexattr_init(&attributes);
-    pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_ERRORCHECK);
-    pthread_mutex_init(&mutex_, &attributes);
-    pthread_mutexattr_destroy(&attributes);
-}
-
-DatagramAuth::~DatagramAuth()
-{
-    pthread_mutex_destroy(&mutex_);
 }
 
 void DatagramAuth::load()
@@ -148,11 +116,10 @@ void DatagramAuth::load()
 
 std::string DatagramAuth::accept(const Signature& signature)
 {
-    Locked locked(mutex_);
     if (state_ == kOpen) {
         return "";
     }
-    if (state_ == kBroken || !locked.held()) {
+    if (state_ == kBroken) {
         return "the box's key or counter file is unusable";
     }
     if (!signature.present) {
@@ -175,17 +142,10 @@ std::string DatagramAuth::accept(const Signature& signature)
     return "";
 }
 
-bool DatagramAuth::save_pending()
-{
-    Locked locked(mutex_);
-    return locked.held() && saved_ != highest_;
-}
-
 bool DatagramAuth::save()
 {
-    Locked locked(mutex_);
-    if (!locked.held() || saved_ == highest_) {
-        return locked.held();
+    if (!save_pending()) {
+        return true;
     }
     if (!write_file_durably(kCounterFile, std::to_string(highest_) + "\n")) {
         printf("%s: cannot be written\n", kCounterFile);

@@ -1,7 +1,6 @@
 #ifndef OLED_MAIN_DATAGRAM_AUTH_H
 #define OLED_MAIN_DATAGRAM_AUTH_H
 
-#include <pthread.h>
 #include <stdint.h>
 
 #include <string>
@@ -28,15 +27,10 @@ struct Signature {
 // is none.
 Signature take_signature(std::string& text);
 
-// Every member but load takes the object's lock: the signal path may save
-// the counter while the control server checks one.
+// Not locked itself: the control server checks and the settings saver
+// saves under the saver's lock, since the signal path may save too.
 class DatagramAuth {
 public:
-    DatagramAuth();
-    ~DatagramAuth();
-    DatagramAuth(const DatagramAuth&) = delete;
-    DatagramAuth& operator=(const DatagramAuth&) = delete;
-
     // Reads the key and the highest counter accepted before, and prints
     // what the box will ask of datagrams or what keeps it from checking.
     void load();
@@ -49,7 +43,7 @@ public:
     std::string accept(const Signature& signature);
 
     // An accepted counter is not on flash yet.
-    bool save_pending();
+    bool save_pending() const { return saved_ != highest_; }
     // Writes the highest counter; false when it could not.
     bool save();
 
@@ -59,7 +53,6 @@ private:
     std::string key_;
     uint64_t highest_ = 0;
     uint64_t saved_ = 0;
-    pthread_mutex_t mutex_;
 };
 
 // The control server's, for the daemon's life: the signal path may save

@@ -41,6 +41,15 @@ public:
     // The highest signature counter auth accepted is saved with the
     // settings, and a new one alone is a change to save.
     void keep_counter(DatagramAuth* auth);
+    // Runs work under the saver's lock, as a check of auth's counter must.
+    template <typename Work>
+    void locked(Work work)
+    {
+        if (lock()) {
+            work();
+            unlock();
+        }
+    }
 
     // When the pending save falls due; -1 when none is pending.
     int64_t due_ms();
