@@ -60,9 +60,12 @@ Signature take_signature(std::string& text)
 {
     Signature signature = {false, "", "", ""};
     const std::string::size_type item = text.rfind(kAuthItem);
-    const std::string::size_type counter = item + sizeof(kAuthItem) - 1;
-    if (item == std::string::npos || text.find('|', counter) != std::string::npos) {
+    if (item == std::string::npos) {
         return signature;
+    }
+    const std::string::size_type counter = item + sizeof(kAuthItem) - 1;
+    if (text.find('|', counter) != std::string::npos) {
+        return signature;  // not the last item
     }
     const std::string::size_type colon = text.find(':', counter);
     signature.present = true;
@@ -99,10 +102,10 @@ void DatagramAuth::load()
                strerror(error));
         return;
     }
-    // Without the file no counter was ever accepted with a key.
     if (!counter.empty() && counter[counter.size() - 1] == '\n') {
         counter.erase(counter.size() - 1);
     }
+    // Without the file no counter was ever accepted with a key.
     if (error != ENOENT && !read_counter(counter, highest_)) {
         state_ = kBroken;
         printf("%s: not a counter: every change is refused until it is fixed\n", kCounterFile);

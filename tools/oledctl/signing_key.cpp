@@ -7,22 +7,17 @@
 #include <cstdio>
 #include <cstring>
 
+#include "datagram_auth.h"
 #include "hmac_sha256.h"
 
 namespace signing {
-namespace {
-
-constexpr std::size_t kKeyMin = 16;
-constexpr std::size_t kKeyMax = 1024;
-
-}  // namespace
 
 std::string read_key_file(const std::string& path, std::string& key) {
     std::FILE* file = std::fopen(path.c_str(), "rb");
     int error = file == nullptr ? errno : 0;
     char chunk[256];
     std::size_t got;
-    while (file != nullptr && key.size() <= kKeyMax && (got = std::fread(chunk, 1, sizeof chunk, file)) > 0) {
+    while (file != nullptr && key.size() <= kAuthKeyMax && (got = std::fread(chunk, 1, sizeof chunk, file)) > 0) {
         key.append(chunk, got);
     }
     if (file != nullptr) {
@@ -30,8 +25,9 @@ std::string read_key_file(const std::string& path, std::string& key) {
         std::fclose(file);
     }
     if (error != 0) return "key file " + path + ": cannot be read (" + std::strerror(error) + ")";
-    if (key.size() < kKeyMin || key.size() > kKeyMax) {
-        return "key file " + path + ": " + std::to_string(key.size()) + " bytes, a key has 16 to 1024";
+    if (key.size() < kAuthKeyMin || key.size() > kAuthKeyMax) {
+        return "key file " + path + ": " + std::to_string(key.size()) + " bytes, a key has " +
+               std::to_string(kAuthKeyMin) + " to " + std::to_string(kAuthKeyMax);
     }
     return "";
 }

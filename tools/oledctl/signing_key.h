@@ -9,8 +9,7 @@
 // before ":MAC".
 namespace signing {
 
-// The key is the file's bytes as they stand, 16 to 1024 of them, as on the
-// box. Empty result: fine, else a one-line reason.
+// The key is the file's bytes as they stand, as many as the box takes. Empty result: fine, else a one-line reason.
 std::string read_key_file(const std::string& path, std::string& key);
 
 // The counter of the next datagram: the time in microseconds, and above
