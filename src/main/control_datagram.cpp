@@ -251,13 +251,10 @@ bool needs_key(const std::string& item, const ControlPeer& sender)
     return key->effect != ControlEffect::Reply || destination[0] != sender.address;
 }
 
-// With a key on the box a datagram that needs one is carried out only when
-// signed with it; its signature is taken off either way.
+// On a box that asks for a key, a datagram that needs one is carried out
+// only when signed with it; its signature is taken off either way.
 bool permitted(std::string& command_text, const ControlPeer& sender, DatagramAuth& auth)
 {
-    if (!auth.required()) {
-        return true;
-    }
     const Signature signature = take_signature(command_text);
     std::vector<std::string> items;
     SplitString(command_text, items, "|");
@@ -304,7 +301,8 @@ bool handle_control_datagram(const char* text, long length, const ControlPeer& s
         (context.local_address.empty() || command_text.find(context.local_address) == std::string::npos)) {
         return false;
     }
-    bool allowed = context.auth == nullptr;
+    // Whether a key is asked for is settled before the server starts.
+    bool allowed = context.auth == nullptr || !context.auth->required();
     if (!allowed) {
         context.saver->locked([&]() { allowed = permitted(command_text, sender, *context.auth); });
     }
