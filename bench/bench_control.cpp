@@ -105,7 +105,7 @@ Run run(const char* const* datagrams, int kinds, long count, const std::string& 
     const long saves = literal_saves();
     const ControlPeer sender = {"192.168.1.1", 40000};
     SettingsSaver saver;
-    ControlContext context = {"192.168.1.20", panel_and_led_pins(), &reply, &saver};
+    ControlContext context = {"192.168.1.20", panel_and_led_pins(), &reply, &saver, nullptr};
     const double start = now_seconds();
     for (long i = 0; i < count; ++i) {
         const char* text = datagrams[i % kinds];

@@ -63,7 +63,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     now_ms += SettingsSaver::kQuietMs / 2;  // some saves at once, some pending
     CheckReplies replies;
     const ControlPeer sender = {"192.168.1.1", 40000};
-    ControlContext context = {"192.168.1.20", panel_and_led_pins(), &replies, &saver};
+    ControlContext context = {"192.168.1.20", panel_and_led_pins(), &replies, &saver, nullptr};
     handle_control_datagram(reinterpret_cast<const char*>(data), static_cast<long>(size), sender, context, now_ms);
     saver.save_pending();
     if (memchr(oled_data, '\0', 22) == nullptr) {

@@ -10,7 +10,7 @@ HOST_PKGS=(
   sysstat iproute2 procps python3
   clang libclang-rt-14-dev libc++-14-dev libc++abi-14-dev
   g++-arm-linux-gnueabihf g++-arm-linux-gnueabi qemu-user busybox-static
-  libcpp-httplib-dev nlohmann-json3-dev
+  libcpp-httplib-dev nlohmann-json3-dev libsodium-dev
   chromium chromium-driver python3-selenium
   prometheus python3-yaml python3-psutil
   qemu-user-static
@@ -19,7 +19,7 @@ HOST_PKGS=(
 # The two Debian ARM ports the cross builds use: armhf (ARMv7, hard-float)
 # and armel (ARMv5, soft-float).
 ARM_ARCHES=(armhf armel)
-ARM_PKGS=(libcjson-dev:armhf libcjson-dev:armel)
+ARM_PKGS=(libcjson-dev:armhf libcjson-dev:armel libsodium-dev:armhf libsodium-dev:armel)
 
 SUDO=""
 if [ "$(id -u)" != 0 ]; then SUDO=sudo; fi

@@ -9,6 +9,7 @@
 
 #include "board_defaults.h"
 #include "control_keys.h"
+#include "datagram_auth.h"
 #include "file_helpers.h"
 #include "path_on_box.h"
 #include "runtime_settings.h"
@@ -235,6 +236,39 @@ void carry_out_item(const std::string& item, Datagram& datagram)
     carry_out(*command, value, datagram);
 }
 
+// Whether an item would change the box or send a reply elsewhere than to
+// its sender: only a key can allow that.
+bool needs_key(const std::string& item, const ControlPeer& sender)
+{
+    std::vector<std::string> parts;
+    SplitString(item, parts, "=");
+    const ControlKey* key = parts.empty() ? nullptr : find_control_key(parts[0]);
+    if (key == nullptr || parts.size() < 2 || parts[1].empty() || key->effect == ControlEffect::Marker) {
+        return false;
+    }
+    std::vector<std::string> destination;
+    SplitString(parts[1], destination, ":");
+    return key->effect != ControlEffect::Reply || destination[0] != sender.address;
+}
+
+// On a box that asks for a key, a datagram that needs one is carried out
+// only when signed with it; its signature is taken off either way.
+bool permitted(std::string& command_text, const ControlPeer& sender, DatagramAuth& auth)
+{
+    const Signature signature = take_signature(command_text);
+    std::vector<std::string> items;
+    SplitString(command_text, items, "|");
+    bool needed = false;
+    for (size_t i = 0; i < items.size(); ++i) {
+        needed = needed || needs_key(items[i], sender);
+    }
+    const std::string refused = needed ? auth.accept(signature) : std::string();
+    if (!refused.empty()) {
+        printf("refused a datagram from %s:%u: %s\n", sender.address.c_str(), sender.port, refused.c_str());
+    }
+    return refused.empty();
+}
+
 }  // namespace
 
 std::vector<int> panel_and_led_pins()
@@ -258,13 +292,21 @@ bool handle_control_datagram(const char* text, long length, const ControlPeer& s
     }
     // The command is text: it ends at the size limit or at a zero byte.
     const size_t cut = length < kControlDatagramMax ? static_cast<size_t>(length) : kControlDatagramMax;
-    const std::string command_text(text, strnlen(text, cut));
+    std::string command_text(text, strnlen(text, cut));
 
     // Aimed at one box: only the box whose address occurs in it obeys, and
     // a box that does not know its address obeys none (the empty text
     // occurs in every text).
     if (command_text.find("controlled") != std::string::npos &&
         (context.local_address.empty() || command_text.find(context.local_address) == std::string::npos)) {
+        return false;
+    }
+    // Whether a key is asked for is settled before the server starts.
+    bool allowed = context.auth == nullptr || !context.auth->required();
+    if (!allowed) {
+        context.saver->locked([&]() { allowed = permitted(command_text, sender, *context.auth); });
+    }
+    if (!allowed) {
         return false;
     }
 

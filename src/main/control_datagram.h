@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+class DatagramAuth;
 class SettingsSaver;
 
 // Longest command text: a datagram is cut here and its text ends there.
@@ -32,6 +33,7 @@ struct ControlContext {
     std::vector<int> own_pins;  // group * 8 + bit of every pin a datagram may name
     ReplySender* reply;
     SettingsSaver* saver;
+    DatagramAuth* auth;  // checks signatures; nullptr: no key asked for
 };
 
 // The pins that the panel and LED settings name now, and the board's
@@ -42,7 +44,8 @@ std::vector<int> panel_and_led_pins();
 // targeting, every item checked and carried out, replies, then the save
 // (at once or pending, as the saver rules) and the LED switch recomputed.
 // Returns false when the datagram was ignored (shorter than two bytes, or
-// aimed at another box, or aimed while the box does not know its address).
+// aimed at another box, or aimed while the box does not know its address)
+// or refused whole for want of a signature made with the box's key.
 bool handle_control_datagram(const char* text, long length, const ControlPeer& sender, ControlContext& context,
                              int64_t now_ms);
 

@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "control_datagram.h"
+#include "datagram_auth.h"
 #include "reply_limiter.h"
 #include "runtime_settings.h"
 #include "settings_saver.h"
@@ -93,7 +94,10 @@ void oled_ump(unsigned int port)
 
     SocketReply reply(*socket);
     SettingsSaver& saver = process_settings_saver();
-    ControlContext context = {local_address, panel_and_led_pins(), &reply, &saver};
+    DatagramAuth& auth = process_datagram_auth();
+    auth.load();
+    saver.keep_counter(&auth);
+    ControlContext context = {local_address, panel_and_led_pins(), &reply, &saver, &auth};
     // One byte more than the longest command, so the text always ends.
     char buf[kControlDatagramMax + 1];
     int64_t waiting_ms = 0;

@@ -49,6 +49,10 @@ class OperatorSegment(E2ETest):
     def serving_box(self, addr, files=None, netns=None):
         """A started box answering at addr, on this segment unless given netns."""
         box = self.box(netns=netns or self.station(addr), files=files)
+        return self.started(box, addr)
+
+    def started(self, box, addr):
+        """box started and answering at addr."""
         box.start()
         box.wait_for("save config succeed")
         eventually(lambda: self.oledctl("get", "--box", addr, "--timeout", "0.3").returncode == 0, 15,

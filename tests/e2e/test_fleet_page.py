@@ -16,6 +16,7 @@ from harness import BIN_DIR, eventually, main
 from segment import OperatorSegment
 
 BOXES = ("10.0.0.5", "10.0.0.6", "10.0.0.7")
+KEY = b"the key of the middle box"  # the others hold none, and ignore signatures
 SAVED = "save config succeed"
 
 
@@ -36,14 +37,16 @@ def chromium(profile):
 class FleetPage(OperatorSegment):
     def setUp(self):
         super().setUp()
-        self.boxes = [self.serving_box(addr) for addr in BOXES]
+        self.boxes = [self.serving_box(a, files={"/data/oled.key": KEY} if a == BOXES[1] else None) for a in BOXES]
+        key_file = self.boxes[1].host("/data/oled.key")
         run_dir = tempfile.mkdtemp(prefix="oledt-run-")
         self.addCleanup(shutil.rmtree, run_dir)
         token_file = os.path.join(run_dir, "oledctl-serve-16180.token")
         with open(os.open(token_file, os.O_CREAT | os.O_WRONLY, 0o644), "w") as old:  # an earlier start's
             old.write("an older and longer token, readable by all\n")
         self.server = subprocess.Popen(
-            self.netns.exec_args([os.path.join(BIN_DIR, "oledctl"), "serve", "--timeout", "1", "--subnet", "127.0.0.1/32"]),
+            self.netns.exec_args([os.path.join(BIN_DIR, "oledctl"), "serve", "--timeout", "1", "--subnet", "127.0.0.1/32",
+                                  "--key-file", key_file]),
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=dict(os.environ, XDG_RUNTIME_DIR=run_dir))
         self.addCleanup(self.stop_server)
         self.assertEqual(self.server.stdout.readline(),

@@ -52,7 +52,7 @@ protected:
     {
         CaptureStdout out;
         now_ms = at_ms >= 0 ? at_ms : now_ms + 2000;
-        ControlContext context = {local, panel_and_led_pins(), &replies, &saver};
+        ControlContext context = {local, panel_and_led_pins(), &replies, &saver, nullptr};
         const bool obeyed = handle_control_datagram(text.data(), static_cast<long>(text.size()),
                                                     ControlPeer{"192.168.1.1", 40000}, context, now_ms);
         printed = out.text();

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "protocol.h"
+#include "signing_key.h"
 #include "subnets.h"
 
 namespace {
@@ -46,7 +47,7 @@ std::string parse_cli(int argc, char** argv, CliOptions& options) {
             options.json = true;
         } else if (word == "--box" || word == "--iface" || word == "--port" || word == "--timeout" ||
                    word == "--raw" || word == "--listen" || word == "--subnet" || word == "--token-file" ||
-                   word == "--format" || word == "--output") {
+                   word == "--format" || word == "--output" || word == "--key-file") {
             if (!value_of(value)) return word + " needs a value";
             if (word == "--box") {
                 if (!protocol::is_ipv4(value)) return "bad address '" + value + "': expected dotted IPv4";
@@ -64,6 +65,9 @@ std::string parse_cli(int argc, char** argv, CliOptions& options) {
                 options.format = value;
             } else if (word == "--output") {
                 options.output = value;
+            } else if (word == "--key-file") {
+                const std::string error = signing::read_key_file(value, options.key);
+                if (!error.empty()) return error;
             } else if (word == "--subnet") {
                 if (options.subnet_given) return "--subnet given twice: list the subnets in one, joined by commas";
                 const std::string error = subnets::parse(value, options.subnet_addresses);

@@ -22,6 +22,7 @@ struct CliOptions {
     std::string raw;
     std::string listen;  // serve: ADDRESS[:PORT] of the fleet page
     std::string token_file;  // serve: the session token comes from it
+    std::string key;  // --key-file's bytes: every datagram is signed with them
     std::vector<std::uint32_t> subnet_addresses;  // discover, serve: asked one by one
     bool subnet_given = false;
     bool help = false;

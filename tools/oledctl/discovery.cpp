@@ -18,6 +18,7 @@ constexpr auto kBatchPause = std::chrono::microseconds(kBatch * 1000000 / 1024);
 
 std::string discover(const Network& network, const Answer& on_answer) {
     UdpClient client;
+    client.sign_with(network.key);
     std::string error = client.open(network.iface);
     if (!error.empty()) return error;
     error = client.send(protocol::kGroup, network.port, protocol::build_query());

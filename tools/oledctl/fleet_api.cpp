@@ -204,6 +204,7 @@ Reply Api::send_and_read(const std::vector<std::string>& boxes, const std::vecto
 std::string Api::ask(const std::vector<std::string>& boxes, const std::string& datagram,
                      std::vector<std::string>& answered) {
     UdpClient client;
+    client.sign_with(network_.key);
     std::string error = client.open();
     for (const std::string& address : boxes) {
         if (error.empty() && !datagram.empty()) error = client.send(address, network_.port, datagram);

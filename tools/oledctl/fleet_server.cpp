@@ -188,7 +188,7 @@ int serve(const CliOptions& options) {
     for (int number : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, number);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
-    const Network network{options.port, options.iface, options.timeout, options.subnet_addresses};
+    const Network network{options.port, options.iface, options.timeout, options.subnet_addresses, options.key};
     Api api(network);
     httplib::Server server;
     server.new_task_queue = [] { return new httplib::ThreadPool(kWorkers); };

@@ -24,6 +24,8 @@ const char* const kCommonHelp =
     "  --port N         the boxes' control port (default 16124)\n"
     "  --iface NAME     interface for group sends (default: the route's)\n"
     "  --timeout S      seconds to wait for answers (default 2)\n"
+    "  --key-file FILE  sign every datagram with the key in FILE, for boxes that\n"
+    "                   hold one in /data/oled.key (the file's bytes, 16 to 1024)\n"
     "  --help           this text\n"
     "Exit status: 0 done, 1 no answer or network failure, 2 bad input.\n";
 
@@ -116,6 +118,7 @@ int fail(int status, const std::string& reason) {
 
 // Opens the socket and sends payload to the box or the group as asked.
 std::string send_datagram(UdpClient& client, const CliOptions& options, bool to_group, const std::string& payload) {
+    client.sign_with(options.key);
     std::string error = client.open(to_group ? options.iface : std::string());
     if (error.empty()) error = client.send(to_group ? protocol::kGroup : options.box, options.port, payload);
     return error;
@@ -235,7 +238,7 @@ int run_discover(const CliOptions& options) {
     const std::string unusable = kept_inventory(options, existing);
     if (!unusable.empty()) return fail(kBadInput, unusable);  // before the round's wait
     std::vector<settings_view::Box> answers;
-    const fleet::Network network{options.port, options.iface, options.timeout, options.subnet_addresses};
+    const fleet::Network network{options.port, options.iface, options.timeout, options.subnet_addresses, options.key};
     const std::string error = fleet::discover(network, [&](const std::string& address, const protocol::Settings& settings) {
         answers.push_back({address, settings});
     });
@@ -276,7 +279,7 @@ int main(int argc, char** argv) {
     if (options.verb == "led-test") return run_led_test(options);
     if (options.verb == "serve") {
         if (!options.box.empty() || options.all || options.via_group || !options.arguments.empty()) {
-            return fail(kBadInput, "serve takes only --listen, --subnet, --token-file, --iface, --port and --timeout");
+            return fail(kBadInput, "serve takes only --listen, --subnet, --token-file, --key-file, --iface, --port and --timeout");
         }
         return fleet::serve(options);
     }

@@ -13,6 +13,9 @@
 #include <cstring>
 #include <vector>
 
+#include "protocol.h"
+#include "signing_key.h"
+
 namespace {
 
 // A box's answer is the settings file, well under this; a larger datagram
@@ -65,7 +68,14 @@ std::string UdpClient::use_interface(const std::string& name) {
     return "";
 }
 
-std::string UdpClient::send(const std::string& address, unsigned short port, const std::string& payload) {
+std::string UdpClient::send(const std::string& address, unsigned short port, const std::string& unsigned_payload) {
+    const std::string payload =
+        key_.empty() ? unsigned_payload : signing::sign(unsigned_payload, key_, signing::next_counter());
+    // The box cuts what is longer, and the MAC would no longer match.
+    if (!key_.empty() && payload.size() > protocol::kMaxDatagram) {
+        return "signed datagram of " + std::to_string(payload.size()) + " bytes; a box reads at most " +
+               std::to_string(protocol::kMaxDatagram);
+    }
     sockaddr_in to{};
     to.sin_family = AF_INET;
     to.sin_port = htons(port);

@@ -19,6 +19,8 @@ public:
     // group_iface when one is named (its IPv4 address), else the route's.
     // Empty result: fine, else why not.
     std::string open(const std::string& group_iface = "");
+    // Every datagram sent after this is signed with key (none when empty).
+    void sign_with(const std::string& key) { key_ = key; }
     std::string send(const std::string& address, unsigned short port, const std::string& payload);
 
     // Returns true when it has what it waited for.
@@ -31,6 +33,7 @@ private:
     std::string use_interface(const std::string& name);
 
     int fd_ = -1;
+    std::string key_;
 };
 
 // When a collect that waits this many seconds from now ends.

@@ -1,0 +1,165 @@
+#include "datagram_auth.h"
+
+#include <errno.h>
+#include <stdint.h>
+#include <stdio.h>
+#include <string.h>
+
+#include <sodium.h>
+
+#include "durable_file.h"
+#include "hmac_sha256.h"
+#include "path_on_box.h"
+
+namespace {
+
+const char kKeyFile[] = "/data/oled.key";
+// Beside the key; written with the settings, never once per datagram.
+const char kCounterFile[] = "/data/oled.counter";
+const char kAuthItem[] = "|auth=";
+const size_t kMacHexSize = 2 * crypto_auth_hmacsha256_BYTES;
+const uint64_t kCounterMax = INT64_MAX;
+
+// The file's bytes, at most limit + 1 of them; false with errno's reason
+// when it cannot be read.
+bool read_small_file(const char* path, size_t limit, std::string& bytes, int& error)
+{
+    FILE* f = fopen(path_on_box(path).c_str(), "rb");
+    if (f == nullptr) {
+        error = errno;
+        return false;
+    }
+    char chunk[256];
+    size_t got;
+    while (bytes.size() <= limit && (got = fread(chunk, 1, sizeof(chunk), f)) > 0) {
+        bytes.append(chunk, got);
+    }
+    error = ferror(f) ? errno : 0;
+    fclose(f);
+    return error == 0;
+}
+
+// A decimal number from 1 to 2^63-1, digits only.
+bool read_counter(const std::string& text, uint64_t& value)
+{
+    uint64_t number = 0;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (c < '0' || c > '9' || number > (kCounterMax - static_cast<uint64_t>(c - '0')) / 10) {
+            return false;
+        }
+        number = number * 10 + static_cast<uint64_t>(c - '0');
+    }
+    value = number;
+    return number != 0;
+}
+
+}  // namespace
+
+Signature take_signature(std::string& text)
+{
+    Signature signature = {false, "", "", ""};
+    const std::string::size_type item = text.rfind(kAuthItem);
+    if (item == std::string::npos) {
+        return signature;
+    }
+    const std::string::size_type counter = item + sizeof(kAuthItem) - 1;
+    if (text.find('|', counter) != std::string::npos) {
+        return signature;  // not the last item
+    }
+    const std::string::size_type colon = text.find(':', counter);
+    signature.present = true;
+    signature.signed_text = text.substr(0, colon);
+    signature.counter = text.substr(counter, colon == std::string::npos ? colon : colon - counter);
+    signature.mac = colon == std::string::npos ? std::string() : text.substr(colon + 1);
+    text.erase(item);
+    return signature;
+}
+
+void DatagramAuth::load()
+{
+    std::string key;
+    int error = 0;
+    if (!read_small_file(kKeyFile, kAuthKeyMax, key, error)) {
+        if (error == ENOENT) {
+            return;  // no key: the box stays open, as it always was
+        }
+        state_ = kBroken;
+        printf("%s: cannot be read (%s): every change is refused until it is fixed\n", kKeyFile, strerror(error));
+        return;
+    }
+    if (key.size() < kAuthKeyMin || key.size() > kAuthKeyMax) {
+        state_ = kBroken;
+        printf("%s: %u bytes, a key has %u to %u: every change is refused until it is fixed\n", kKeyFile,
+               static_cast<unsigned>(key.size()), static_cast<unsigned>(kAuthKeyMin),
+               static_cast<unsigned>(kAuthKeyMax));
+        return;
+    }
+    std::string counter;
+    if (!read_small_file(kCounterFile, 32, counter, error) && error != ENOENT) {
+        state_ = kBroken;
+        printf("%s: cannot be read (%s): every change is refused until it is fixed\n", kCounterFile,
+               strerror(error));
+        return;
+    }
+    if (!counter.empty() && counter[counter.size() - 1] == '\n') {
+        counter.erase(counter.size() - 1);
+    }
+    // Without the file no counter was ever accepted with a key.
+    if (error != ENOENT && !read_counter(counter, highest_)) {
+        state_ = kBroken;
+        printf("%s: not a counter: every change is refused until it is fixed\n", kCounterFile);
+        return;
+    }
+    saved_ = highest_;
+    key_ = key;
+    state_ = kKeyed;
+    printf("%s: changes must be signed\n", kKeyFile);
+}
+
+std::string DatagramAuth::accept(const Signature& signature)
+{
+    if (state_ == kOpen) {
+        return "";
+    }
+    if (state_ == kBroken) {
+        return "the box's key or counter file is unusable";
+    }
+    if (!signature.present) {
+        return "not signed";
+    }
+    // The MAC first, in time that does not depend on where it differs: a
+    // stranger learns nothing, not even whether the counter would do.
+    const std::string expected = hmac_sha256_hex(key_, signature.signed_text);
+    if (signature.mac.size() != kMacHexSize || sodium_memcmp(expected.data(), signature.mac.data(), kMacHexSize) != 0) {
+        return "wrong MAC";
+    }
+    uint64_t counter = 0;
+    if (!read_counter(signature.counter, counter)) {
+        return "counter not a number from 1 to 2^63-1";
+    }
+    if (counter <= highest_) {
+        return "counter " + signature.counter + " not above the last accepted";
+    }
+    highest_ = counter;
+    return "";
+}
+
+bool DatagramAuth::save()
+{
+    if (!save_pending()) {
+        return true;
+    }
+    if (!write_file_durably(kCounterFile, std::to_string(highest_) + "\n")) {
+        printf("%s: cannot be written\n", kCounterFile);
+        return false;
+    }
+    saved_ = highest_;
+    return true;
+}
+
+DatagramAuth& process_datagram_auth()
+{
+    static DatagramAuth* auth = new DatagramAuth;
+    return *auth;
+}
