@@ -33,7 +33,7 @@ TEST(Probe, WaitFollowsTheScrapeTimeoutWithinTheCap) {
 }
 
 TEST(Probe, BadRequestsAreRefusedWithOneLine) {
-    const fleet::Network network{16124, "", 2.0, {}};
+    const fleet::Network network{16124, "", 2.0, {}, {}};
     const std::vector<std::pair<fleet::Reply, std::string>> refused = {
         {probe::answer({}, "", network), "give the box to probe as /probe?target=ADDRESS\n"},
         {probe::answer({"10.0.0.5", "10.0.0.6"}, "", network), "one target per probe, not 2\n"},
