@@ -15,7 +15,6 @@
 #include "box_settings.h"
 #include "led_board.h"
 #include "output_files.h"
-#include "sim_priority.h"
 #include "panel_outputs.h"
 #include "soc.h"
 #include "startup.h"
@@ -36,6 +35,8 @@ void usage(FILE* to)
             "(/data/oled.ini, /version/hardware_info, /proc/umap/..., /tmp/...)\n"
             "live under DIR; the daemon runs in DIR/home/public, and DIR/bin comes\n"
             "first on the PATH of the tools it starts (iostat, get_temperature).\n"
+            "Its threads take oledd-sim's own scheduling: normal priority unless\n"
+            "started real-time (chrt -f 10 oledd-sim ...), as the daemon on the box.\n"
             "\n"
             "options:\n"
             "  --root DIR   the box's root folder (required)\n"
@@ -44,8 +45,6 @@ void usage(FILE* to)
             "  --switch 0|1 level of the mode switch input (default 1; the\n"
             "               daemon takes 0 as the video input ports, 1 as HDMI)\n"
             "  --trace FILE every register write as a line \"ADDR VALUE\" in hex\n"
-            "  --realtime   keep the daemon's real-time FIFO threads (by default\n"
-            "               they run at normal priority so the host stays responsive)\n"
             "  --help       this text\n");
 }
 
@@ -67,7 +66,6 @@ bool make_folders(const std::string& path)
 int main(int argc, char** argv)
 {
     std::string root;
-    bool realtime = false;
     std::string out;
     std::string trace;
     int switch_level = 1;
@@ -76,8 +74,6 @@ int main(int argc, char** argv)
         if (arg == "--help" || arg == "-h") {
             usage(stdout);
             return 0;
-        } else if (arg == "--realtime") {
-            realtime = true;
         } else if (arg == "--root" && i + 1 < argc) {
             root = argv[++i];
         } else if (arg == "--out" && i + 1 < argc) {
@@ -146,9 +142,6 @@ int main(int argc, char** argv)
     if (!out.empty()) {
         OutputFiles::instance().start();
         atexit(write_outputs_at_exit);
-    }
-    if (!realtime) {
-        drop_realtime_privilege();
     }
     return oled_main();
 }

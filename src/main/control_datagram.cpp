@@ -30,7 +30,7 @@ struct Command {
     const char* key;
     Action action;
     int id;      // setting written, -1 for none
-    bool* flag;  // run-time switch, or nullptr
+    RelaxedAtomic<bool>* flag;  // run-time switch, or nullptr
 };
 
 // Tried in this order; the first key that matches is carried out.
@@ -67,9 +67,6 @@ const Command kCommands[] = {
     {"test", kLedTest, -1, nullptr},
     {"replyoled", kReply, -1, nullptr},
 };
-
-// The custom line takes at most 21 bytes of the value.
-const size_t kCustomTextBytes = 21;
 
 // A reply is one datagram: the file beyond what one can carry is not sent.
 const size_t kReplyMax = 65507;
@@ -160,10 +157,7 @@ void carry_out(const Command& command, const std::string& value, Datagram& datag
         break;
     case kCustomText:
         config.SetConfig(id, one_line(value));
-        strncpy(oled_data, one_line(value).c_str(), kCustomTextBytes);
-        // A 21-byte value is not terminated by the copy; the screens read
-        // the line as a C string, so the byte after it stays a terminator.
-        oled_data[kCustomTextBytes] = '\0';
+        publish_custom_text(one_line(value));
         break;
     case kSleep:
         config.SetConfig(id, str2int(value));

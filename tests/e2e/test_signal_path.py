@@ -19,9 +19,10 @@ from test_startup import settings_text
 TRIALS = int(os.environ.get("OLEDD_SIGNAL_TRIALS", "128"))
 BOXES = int(os.environ.get("OLEDD_SIGNAL_BOXES", "4"))
 SIGNALS = (signal.SIGTERM, signal.SIGINT, signal.SIGHUP, signal.SIGSEGV)
-# Main thread, small-screen loop, LED loop and the output files' writer.
-THREADS = 4
-ENDS_WITHIN = 3.0
+# Main thread, the output files' writer, the thread that ends the daemon,
+# small-screen loop and LED loop.
+THREADS = 5
+ENDS_WITHIN = float(os.environ.get("OLEDD_SIGNAL_ENDS_WITHIN", "3.0"))
 
 # The small panel keeps the SoC busy (and locked) on its bus; the LEDs and
 # the output folder add the other threads.

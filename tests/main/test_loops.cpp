@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "capture_stdout.h"
+#include "control_datagram.h"
 #include "interface_tables.h"
 #include "panel_fixture.h"
 #include "probe_scene.h"
@@ -81,7 +82,7 @@ protected:
 
     // Runs a loop until it has held `screens` screens and ended its pass;
     // keeps the screens, one under the other; returns what it printed.
-    std::string run(void* (*loop)(void*), bool* flag, int screens)
+    std::string run(void* (*loop)(void*), RelaxedAtomic<bool>* flag, int screens)
     {
         held_.clear();
         int count = 0;
@@ -188,6 +189,47 @@ TEST_F(Loops, BigPanelPassWithNothingToShowPauses)
     EXPECT_GE(pauses[2], 100000u);
 }
 
+// Datagrams flip the custom text while the loop draws it: every screen
+// shows one of the two texts, whole.
+TEST_F(Loops, CustomTextChangedWhileDrawnIsShownOldOrNewNeverMixed)
+{
+    struct Nobody : ReplySender {
+        void send(const char*, unsigned int, const std::string&) override {}
+    } nobody;
+    const std::string texts[] = {"oled_string=2", "oled_string=11111111111111111111"};
+    const auto flip = [&nobody](const std::string& datagram) {
+        handle_control_datagram(datagram.data(), static_cast<long>(datagram.size()), ControlPeer{"192.168.1.1", 1},
+                                "", nobody);
+    };
+    wire(4);
+    oled_string_enable = true;
+    std::vector<uint8_t> screens[2];
+    for (int i = 0; i < 2; ++i) {
+        flip(texts[i]);
+        run(oled_small_loop, &thread_small_loop, 1);
+        screens[i] = held_;
+    }
+    ASSERT_NE(screens[0], screens[1]);
+
+    std::atomic<bool> drawing(true);
+    std::thread loop([this, &drawing] {
+        run(oled_small_loop, &thread_small_loop, 50);
+        drawing = false;
+    });
+    int flips = 0;
+    while (drawing) {
+        flip(texts[++flips % 2]);
+    }
+    loop.join();
+    std::vector<uint8_t> screen;
+    int mixed = 0;
+    for (size_t at = 0; at < held_.size(); at += screens[0].size()) {
+        screen.assign(held_.begin() + at, held_.begin() + at + screens[0].size());
+        mixed += screen != screens[0] && screen != screens[1];
+    }
+    EXPECT_EQ(0, mixed) << "of " << held_.size() / screens[0].size() << " screens, " << flips << " flips";
+}
+
 // The outside LEDs on 5_0 (Ethernet), 5_1 (CPU), 5_2 (video), 5_3 (power),
 // lit by a high level; the onboard ones on 6_0, 6_1, 6_2, lit by a low one.
 class LedLoop : public Loops {
@@ -227,7 +269,9 @@ protected:
         };
         thread_led_loop = true;
         CaptureStdout out;
-        oled_led_loop(nullptr);
+        LedSettings settings;
+        copy_led_settings(*Singleton<SoftwareConfig>::instance(), settings);
+        oled_led_loop(&settings);
         printed_ = out.text();
         seen.push_back(levels());
         return seen;

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <thread>
 
 #include "probe_scene.h"
 #include "system_probes.h"
@@ -54,3 +55,22 @@ TEST(CheckTemperature, RunsTheToolFromTheWorkingFolderAndBlanksNonDigits)
     EXPECT_EQ(CheckTemperature(), "") << "no tool: the old reading is not shown";
 }
 
+
+// The LED loop and a screen loop run the tool into the same file: neither
+// ever reads it between the other's truncation and the tool's line.
+TEST(CheckTemperature, TwoLoopsSideBySideNeverReadAnEmptyFile)
+{
+    ProbeScene scene("good");
+    const auto passes = [] {
+        int other = 0;
+        for (int i = 0; i < 300; ++i) {
+            other += CheckTemperature() != "TEMP:52 ";
+        }
+        return other;
+    };
+    int led_loop_other = 0;
+    std::thread led_loop([&] { led_loop_other = passes(); });
+    EXPECT_EQ(0, passes());
+    led_loop.join();
+    EXPECT_EQ(0, led_loop_other);
+}
