@@ -22,9 +22,7 @@
 #include "probe_scene.h"
 #include "runtime_settings.h"
 #include "screen_loops.h"
-#include "singleton.h"
 #include "soc.h"
-#include "software_config.h"
 
 namespace {
 
@@ -193,41 +191,35 @@ TEST_F(Loops, BigPanelPassWithNothingToShowPauses)
 // shows one of the two texts, whole.
 TEST_F(Loops, CustomTextChangedWhileDrawnIsShownOldOrNewNeverMixed)
 {
-    struct Nobody : ReplySender {
+    struct : ReplySender {
         void send(const char*, unsigned int, const std::string&) override {}
     } nobody;
-    const std::string texts[] = {"oled_string=2", "oled_string=11111111111111111111"};
-    const auto flip = [&nobody](const std::string& datagram) {
-        handle_control_datagram(datagram.data(), static_cast<long>(datagram.size()), ControlPeer{"192.168.1.1", 1},
-                                "", nobody);
+    const auto flip = [&nobody](int i) {
+        const std::string datagram = i % 2 != 0 ? "oled_string=2" : "oled_string=11111111111111111111";
+        handle_control_datagram(datagram.data(), static_cast<long>(datagram.size()), {"192.168.1.1", 1}, "", nobody);
     };
     wire(4);
     oled_string_enable = true;
     std::vector<uint8_t> screens[2];
     for (int i = 0; i < 2; ++i) {
-        flip(texts[i]);
+        flip(i);
         run(oled_small_loop, &thread_small_loop, 1);
         screens[i] = held_;
     }
-    ASSERT_NE(screens[0], screens[1]);
-
     std::atomic<bool> drawing(true);
     std::thread loop([this, &drawing] {
         run(oled_small_loop, &thread_small_loop, 50);
         drawing = false;
     });
-    int flips = 0;
-    while (drawing) {
-        flip(texts[++flips % 2]);
+    for (int flips = 0; drawing; flip(++flips)) {
     }
     loop.join();
-    std::vector<uint8_t> screen;
     int mixed = 0;
-    for (size_t at = 0; at < held_.size(); at += screens[0].size()) {
-        screen.assign(held_.begin() + at, held_.begin() + at + screens[0].size());
+    for (auto at = held_.begin(); at != held_.end(); at += screens[0].size()) {
+        const std::vector<uint8_t> screen(at, at + screens[0].size());
         mixed += screen != screens[0] && screen != screens[1];
     }
-    EXPECT_EQ(0, mixed) << "of " << held_.size() / screens[0].size() << " screens, " << flips << " flips";
+    EXPECT_EQ(0, mixed);
 }
 
 // The outside LEDs on 5_0 (Ethernet), 5_1 (CPU), 5_2 (video), 5_3 (power),
@@ -237,15 +229,6 @@ protected:
     void SetUp() override
     {
         Loops::SetUp();
-        const std::pair<SoftwareConfig::SoftWareConfigID, const char*> settings[] = {
-            {SoftwareConfig::kLed_eth_gpio, "5_0"}, {SoftwareConfig::kLed_cpu_gpio, "5_1"},
-            {SoftwareConfig::kLed_hdmi_gpio, "5_2"}, {SoftwareConfig::kLed_pwr_gpio, "5_3"},
-            {SoftwareConfig::kLed_eth_onboard, "6_0"}, {SoftwareConfig::kLed_cpu_onboard, "6_1"},
-            {SoftwareConfig::kLed_hdmi_onboard, "6_2"}, {SoftwareConfig::kLed_outside_value, "1"},
-            {SoftwareConfig::kLed_onboard_value, "0"}};
-        for (const auto& setting : settings) {
-            Singleton<SoftwareConfig>::instance()->SetConfig(setting.first, setting.second);
-        }
         led_outside = led_onboard = oled_led_on = true;
         led_test = 0;
         input_mode = 1;  // the mode switch low: video inputs
@@ -269,8 +252,7 @@ protected:
         };
         thread_led_loop = true;
         CaptureStdout out;
-        LedSettings settings;
-        copy_led_settings(*Singleton<SoftwareConfig>::instance(), settings);
+        LedSettings settings = {{"5_0", "5_1", "5_2", "5_3", "6_0", "6_1", "6_2"}, 1, 0};
         oled_led_loop(&settings);
         printed_ = out.text();
         seen.push_back(levels());
