@@ -31,11 +31,13 @@ cmake --build build-asan -j"$jobs"
 
 step "ThreadSanitizer build, unit tests and end-to-end tests"
 # Any report fails the run, also one a daemon's own test did not notice.
+# The fleet page's test counts the boxes' saves against oledctl's one-second
+# time-out, which the sanitized boxes overrun.
 cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DOLEDD_SANITIZE=thread > /dev/null
 cmake --build build-tsan -j"$jobs"
 rm -rf build-tsan/tsan-reports && mkdir build-tsan/tsan-reports
 (cd build-tsan && TSAN_OPTIONS="halt_on_error=1 exitcode=66 log_path=$PWD/tsan-reports/report" \
-   ctest --output-on-failure -j"$jobs" -E '^(install_layout|init_script)$')
+   ctest --output-on-failure -j"$jobs" -E '^(install_layout|init_script|e2e_fleet_page)$')
 ! cat build-tsan/tsan-reports/* 2> /dev/null || { echo "ThreadSanitizer reports in build-tsan/tsan-reports" >&2; exit 1; }
 
 step "32-bit ARM cross build (armhf: ARMv7, hard-float), unit tests under qemu-arm"
