@@ -30,9 +30,7 @@ cmake --build build-asan -j"$jobs"
 (cd build-asan && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 ctest --output-on-failure -j"$jobs")
 
 step "ThreadSanitizer build, unit tests and end-to-end tests"
-# Any report fails the run, also one a daemon's own test did not notice.
-# The fleet page's test counts the boxes' saves against oledctl's one-second
-# time-out, which the sanitized boxes overrun.
+# Any report fails; the fleet page's test times saves against a 1 s time-out.
 cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DOLEDD_SANITIZE=thread > /dev/null
 cmake --build build-tsan -j"$jobs"
 rm -rf build-tsan/tsan-reports && mkdir build-tsan/tsan-reports

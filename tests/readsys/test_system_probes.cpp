@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <fstream>
 #include <thread>
 
@@ -57,18 +58,16 @@ TEST(CheckTemperature, RunsTheToolFromTheWorkingFolderAndBlanksNonDigits)
     // The LED loop and a screen loop run the tool into the same file:
     // neither reads it between the other's truncation and the tool's line.
     scene.write_tool("/home/public/get_temperature", "#!/bin/sh\necho 52\n");
-    const auto empty_readings = [] {
-        int empty = 0;
+    std::atomic<int> empty(0);
+    const auto passes = [&empty] {
         for (int i = 0; i < 300; ++i) {
             empty += CheckTemperature() != "TEMP:52 ";
         }
-        return empty;
     };
-    int led_loop_empty = 0;
-    std::thread led_loop([&] { led_loop_empty = empty_readings(); });
-    EXPECT_EQ(0, empty_readings());
+    std::thread led_loop(passes);
+    passes();
     led_loop.join();
-    EXPECT_EQ(0, led_loop_empty);
+    EXPECT_EQ(0, empty);
 }
 
 
