@@ -93,7 +93,8 @@ void* end_process(void*)
     thread_led_loop = false;
     sleep_one_second();  // gives the loops a pass to notice their flag
     puts("exit  HandleSig");
-    // Last of all, just before the process ends.
+    // Last, just before the process ends: work that takes a lock goes here,
+    // on this ordinary thread, never in the handler.
     exit(-1);
 }
 
