@@ -16,7 +16,6 @@
 #include <vector>
 
 #include "capture_stdout.h"
-#include "control_datagram.h"
 #include "interface_tables.h"
 #include "panel_fixture.h"
 #include "probe_scene.h"
@@ -187,17 +186,11 @@ TEST_F(Loops, BigPanelPassWithNothingToShowPauses)
     EXPECT_GE(pauses[2], 100000u);
 }
 
-// Datagrams flip the custom text while the loop draws it: every screen
-// shows one of the two texts, whole.
+// The control server flips the custom text while the loop draws it:
+// every screen shows one of the two texts, whole.
 TEST_F(Loops, CustomTextChangedWhileDrawnIsShownOldOrNewNeverMixed)
 {
-    struct : ReplySender {
-        void send(const char*, unsigned int, const std::string&) override {}
-    } nobody;
-    const auto flip = [&nobody](int i) {
-        const std::string datagram = i % 2 != 0 ? "oled_string=2" : "oled_string=11111111111111111111";
-        handle_control_datagram(datagram.data(), static_cast<long>(datagram.size()), {"192.168.1.1", 1}, "", nobody);
-    };
+    const auto flip = [](int i) { publish_custom_text(i % 2 != 0 ? "2" : "11111111111111111111"); };
     wire(4);
     oled_string_enable = true;
     std::vector<uint8_t> screens[2];
