@@ -1,7 +1,8 @@
 #!/bin/bash
 # Builds everything and runs every test: the host build, the same tests
-# under AddressSanitizer and UndefinedBehaviorSanitizer, the daemon's unit
-# tests cross-built for 32-bit ARM and run under qemu-arm, the daemon built
+# under AddressSanitizer and UndefinedBehaviorSanitizer and under
+# ThreadSanitizer, the daemon's unit tests cross-built for 32-bit ARM and
+# run under qemu-arm, the daemon built
 # for ARMv5 soft-float and run whole on an emulated ARM926, the daemon
 # built with clang and libc++, a short run of every fuzz target, and the
 # benchmark report's short runs.
@@ -28,6 +29,15 @@ step "AddressSanitizer + UndefinedBehaviorSanitizer build and tests"
 cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DOLEDD_SANITIZE=ON > /dev/null
 cmake --build build-asan -j"$jobs"
 (cd build-asan && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 ctest --output-on-failure -j"$jobs")
+
+step "ThreadSanitizer build, unit tests and end-to-end tests"
+# Any report fails; the fleet page's test times saves against a 1 s time-out.
+cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DOLEDD_SANITIZE=thread > /dev/null
+cmake --build build-tsan -j"$jobs"
+rm -rf build-tsan/tsan-reports && mkdir build-tsan/tsan-reports
+(cd build-tsan && TSAN_OPTIONS="halt_on_error=1 exitcode=66 log_path=$PWD/tsan-reports/report" \
+   ctest --output-on-failure -j"$jobs" -E '^(install_layout|init_script|e2e_fleet_page)$')
+! cat build-tsan/tsan-reports/* 2> /dev/null || { echo "ThreadSanitizer reports in build-tsan/tsan-reports" >&2; exit 1; }
 
 step "32-bit ARM cross build (armhf: ARMv7, hard-float), unit tests under qemu-arm"
 # The appliance test runs oledd on the cores of the SoCs.

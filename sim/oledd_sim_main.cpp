@@ -16,7 +16,6 @@
 #include "box_waveform.h"
 #include "led_board.h"
 #include "output_files.h"
-#include "sim_priority.h"
 #include "panel_outputs.h"
 #include "soc.h"
 #include "startup.h"
@@ -37,6 +36,8 @@ void usage(FILE* to)
             "(/data/oled.ini, /version/hardware_info, /proc/umap/..., /tmp/...)\n"
             "live under DIR; the daemon runs in DIR/home/public, and DIR/bin comes\n"
             "first on the PATH of the tools it starts (iostat, get_temperature).\n"
+            "Its threads take oledd-sim's own scheduling: normal priority unless\n"
+            "started real-time (chrt -f 10 oledd-sim ...), as the daemon on the box.\n"
             "\n"
             "options:\n"
             "  --root DIR   the box's root folder (required)\n"
@@ -47,8 +48,6 @@ void usage(FILE* to)
             "  --trace FILE every register write as a line \"ADDR VALUE\" in hex\n"
             "  --vcd FILE   the panel's bus lines and the LED pins as a Value Change\n"
             "               Dump (PulseView, GTKWave): 1 us per register write\n"
-            "  --realtime   keep the daemon's real-time FIFO threads (by default\n"
-            "               they run at normal priority so the host stays responsive)\n"
             "  --help       this text\n"
             "\n"
             "Relative paths are taken from the folder oledd-sim is started in.\n");
@@ -105,7 +104,6 @@ FILE* open_output_file(const std::string& path, const char* what)
 int main(int argc, char** argv)
 {
     std::string root;
-    bool realtime = false;
     std::string out;
     std::string trace;
     std::string vcd;
@@ -115,8 +113,6 @@ int main(int argc, char** argv)
         if (arg == "--help" || arg == "-h") {
             usage(stdout);
             return 0;
-        } else if (arg == "--realtime") {
-            realtime = true;
         } else if (arg == "--root" && i + 1 < argc) {
             root = argv[++i];
         } else if (arg == "--out" && i + 1 < argc) {
@@ -190,9 +186,6 @@ int main(int argc, char** argv)
     if (!out.empty()) {
         OutputFiles::instance().start();
         atexit(write_outputs_at_exit);
-    }
-    if (!realtime) {
-        drop_realtime_privilege();
     }
     return oled_main();
 }

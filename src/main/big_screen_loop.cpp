@@ -26,8 +26,9 @@ bool g_busy = false;
 
 void hold()
 {
-    if (oled_sleep_time > 0) {
-        sleep(static_cast<unsigned int>(oled_sleep_time));
+    const int seconds = oled_sleep_time;  // once: the control server may change it
+    if (seconds > 0) {
+        sleep(static_cast<unsigned int>(seconds));
         g_busy = true;
     }
 }
@@ -81,7 +82,7 @@ void* oled_big_loop(void*)
         g_busy = false;
         show_address(*big);
         if (oled_string_enable) {
-            show_in_band(*big, std::string(oled_data, strnlen(oled_data, sizeof(oled_data))));
+            show_in_band(*big, custom_text());
         } else if (!(oled_display_cpu || oled_display_vi || oled_display_ai || oled_display_venc ||
                      oled_display_ethspeed || oled_display_time)) {
             hold();  // the temperature switch is not part of this test, as on the box

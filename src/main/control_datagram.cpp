@@ -24,7 +24,7 @@ typedef SoftwareConfig C;
 // The run-time switch each switch key sets to value != 0.
 struct SwitchFlag {
     const char* key;
-    bool* flag;
+    RelaxedAtomic<bool>* flag;
 };
 
 const SwitchFlag kSwitchFlags[] = {
@@ -42,9 +42,6 @@ const C::SoftWareConfigID kPanelAndLedPins[] = {
     C::kLed_hdmi_onboard,
 };
 
-// The custom line takes at most 21 bytes of the value.
-const size_t kCustomTextBytes = 21;
-
 // A reply is one datagram: the file beyond what one can carry is not sent.
 const size_t kReplyMax = 65507;
 
@@ -57,7 +54,7 @@ std::string one_line(const std::string& value)
     return value.substr(0, value.find_first_of("\r\n"));
 }
 
-bool* switch_flag(const char* key)
+RelaxedAtomic<bool>* switch_flag(const char* key)
 {
     for (const SwitchFlag& entry : kSwitchFlags) {
         if (strcmp(entry.key, key) == 0) {
@@ -180,7 +177,7 @@ void carry_out(const ControlKey& key, const std::string& value, Datagram& datagr
         printf("controlled ip %s\n", shown_value(value, value.size()).c_str());
         break;
     case ControlEffect::Switch:
-        if (bool* flag = switch_flag(key.key)) {
+        if (RelaxedAtomic<bool>* flag = switch_flag(key.key)) {
             *flag = str2int(value) != 0;
         }
         config.SetConfig(id, str2int(value));
@@ -194,10 +191,7 @@ void carry_out(const ControlKey& key, const std::string& value, Datagram& datagr
         break;
     case ControlEffect::CustomText:
         config.SetConfig(id, value);
-        strncpy(oled_data, value.c_str(), kCustomTextBytes);
-        // A 21-byte value is not terminated by the copy; the screens read
-        // the line as a C string, so the byte after it stays a terminator.
-        oled_data[kCustomTextBytes] = '\0';
+        publish_custom_text(value);
         break;
     case ControlEffect::SleepTime:
         config.SetConfig(id, str2int(value));

@@ -29,10 +29,8 @@ struct LedPin {
     int bit = 9;
 };
 
-LedPin set_up_pin(GPIOMaster& gpio, const std::string& setting)
+LedPin set_up_pin(GPIOMaster& gpio, const char* text)
 {
-    char text[24];
-    snprintf(text, sizeof(text), "%s", setting.c_str());
     LedPin pin;
     if (strchr(text, '_') == nullptr) {
         return pin;
@@ -111,7 +109,7 @@ int carrier()
 
 class LedLoop {
 public:
-    LedLoop(const std::shared_ptr<SoftwareConfig>& config, const std::shared_ptr<GPIOMaster>& gpio);
+    LedLoop(const LedSettings& settings, const std::shared_ptr<GPIOMaster>& gpio);
     void pass();
     void exit_steps();
 
@@ -127,18 +125,16 @@ private:
     int blink_phase_ = 0;
 };
 
-LedLoop::LedLoop(const std::shared_ptr<SoftwareConfig>& config, const std::shared_ptr<GPIOMaster>& gpio) : leds_(gpio)
+LedLoop::LedLoop(const LedSettings& settings, const std::shared_ptr<GPIOMaster>& gpio) : leds_(gpio)
 {
     GPIOMaster& g = leds_.gpio();
-    outside_.eth = set_up_pin(g, config->GetConfig(C::kLed_eth_gpio));
-    outside_.cpu = set_up_pin(g, config->GetConfig(C::kLed_cpu_gpio));
-    outside_.video = set_up_pin(g, config->GetConfig(C::kLed_hdmi_gpio));
-    outside_.power = set_up_pin(g, config->GetConfig(C::kLed_pwr_gpio));
-    onboard_.eth = set_up_pin(g, config->GetConfig(C::kLed_eth_onboard));
-    onboard_.cpu = set_up_pin(g, config->GetConfig(C::kLed_cpu_onboard));
-    onboard_.video = set_up_pin(g, config->GetConfig(C::kLed_hdmi_onboard));
-    onboard_.on_level = str2int(config->GetConfig(C::kLed_onboard_value));
-    outside_.on_level = str2int(config->GetConfig(C::kLed_outside_value));
+    LedPin* const pins[] = {&outside_.eth, &outside_.cpu, &outside_.video, &outside_.power,
+                            &onboard_.eth, &onboard_.cpu, &onboard_.video};
+    for (size_t i = 0; i < sizeof(pins) / sizeof(pins[0]); ++i) {
+        *pins[i] = set_up_pin(g, settings.pins[i]);
+    }
+    onboard_.on_level = settings.onboard_level;
+    outside_.on_level = settings.outside_level;
 }
 
 void LedLoop::for_sets(void (LedLoop::*action)(const LedSet&))
@@ -222,12 +218,23 @@ void LedLoop::exit_steps()
 
 }  // namespace
 
-void* oled_led_loop(void*)
+void copy_led_settings(SoftwareConfig& config, LedSettings& settings)
+{
+    const C::SoftWareConfigID pins[] = {C::kLed_eth_gpio,    C::kLed_cpu_gpio,    C::kLed_hdmi_gpio,   C::kLed_pwr_gpio,
+                                        C::kLed_eth_onboard, C::kLed_cpu_onboard, C::kLed_hdmi_onboard};
+    static_assert(sizeof(pins) / sizeof(pins[0]) == sizeof(settings.pins) / sizeof(settings.pins[0]), "one per pin");
+    for (size_t i = 0; i < sizeof(pins) / sizeof(pins[0]); ++i) {
+        snprintf(settings.pins[i], sizeof(settings.pins[i]), "%s", config.GetConfig(pins[i]).c_str());
+    }
+    settings.onboard_level = str2int(config.GetConfig(C::kLed_onboard_value));
+    settings.outside_level = str2int(config.GetConfig(C::kLed_outside_value));
+}
+
+void* oled_led_loop(void* settings)
 {
     puts("oled loop");
-    std::shared_ptr<SoftwareConfig> config = Singleton<SoftwareConfig>::instance();
     std::shared_ptr<GPIOMaster> gpio = Singleton<GPIOMaster>::instance();
-    LedLoop loop(config, gpio);
+    LedLoop loop(*static_cast<const LedSettings*>(settings), gpio);
     for (bool first = true;; first = false) {
         if (!first) {
             usleep(kPassPause);

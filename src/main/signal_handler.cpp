@@ -1,6 +1,8 @@
 #include "signal_handler.h"
 
 #include <errno.h>
+#include <pthread.h>
+#include <semaphore.h>
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -16,12 +18,15 @@
 
 namespace {
 
-// Thread ids (the kernel's): the one that takes the stop signals, and the
-// one running HandleSig, 0 until a signal is handled.
-std::atomic<int> g_stop_thread(0);
-std::atomic<int> g_handling_thread(0);
+// The first handled signal, 0 until one arrives; later ones change nothing.
+std::atomic<int> g_signal(0);
 
-// Threads that took a SIGSEGV after the process began to end.
+// Posted by the handler, awaited by the ending thread: sem_post is one of
+// the few calls a handler may make.
+sem_t g_wake;
+std::atomic<bool> g_ending_thread_runs(false);
+
+// Threads (the kernel's ids) that took a SIGSEGV.
 const int kMaxFaultedThreads = 8;
 std::atomic<int> g_faulted[kMaxFaultedThreads];
 
@@ -41,10 +46,10 @@ bool faulted_before(int self)
 }
 
 // On the box a hung daemon is never restarted, a dead one is: whatever
-// exit() waits on, the process is gone this long after HandleSig began.
+// exit() waits on, the process is gone this long after the ending began.
 const unsigned int kWatchdogSeconds = 5;
 
-// Raw system calls: uClibc has no gettid() or tgkill() wrappers.
+// Raw system call: uClibc has no gettid() wrapper.
 int current_thread()
 {
     return static_cast<int>(syscall(SYS_gettid));
@@ -75,49 +80,64 @@ void sleep_one_second()
     }
 }
 
-}  // namespace
-
-void take_stop_signals_here()
+// An ordinary thread, so the prints and exit() wait for whatever lock the
+// interrupted thread holds (stdout, the heap) instead of taking it over.
+void* end_process(void*)
 {
-    g_stop_thread.store(current_thread());
-}
-
-void HandleSig(int sig)
-{
-    const int self = current_thread();
-    const int stop_thread = g_stop_thread.load();
-    if (sig != SIGSEGV && stop_thread != 0 && self != stop_thread) {
-        // A stop signal aimed at a worker (by thread id, or the second of
-        // two while the main thread has one pending) is handed on: ending
-        // the process here could leave a lock held that exit() needs.
-        const int saved = errno;
-        syscall(SYS_tgkill, getpid(), stop_thread, sig);
-        errno = saved;
-        return;
-    }
-    int none = 0;
-    if (!g_handling_thread.compare_exchange_strong(none, self)) {
-        // Already ending: changes nothing. A thread that returns is no
-        // longer stopped with whatever lock it holds (stdout, the heap)
-        // that exit() may need; but a real fault comes straight back, and
-        // that thread waits for the end instead of spinning on its
-        // faulting instruction (at real-time priority it would starve the
-        // rest).
-        if (sig != SIGSEGV || !faulted_before(self)) {
-            return;
-        }
-        for (;;) {
-            pause();
-        }
+    while (sem_wait(&g_wake) != 0) {
     }
     arm_watchdog();
-    printf("handle signal -->0x%x\n", sig);
+    printf("handle signal -->0x%x\n", g_signal.load());
     thread_big_loop = false;
     thread_small_loop = false;
     thread_oled_ump = false;
     thread_led_loop = false;
     sleep_one_second();  // gives the loops a pass to notice their flag
     puts("exit  HandleSig");
+    // Last, just before the process ends: work that takes a lock goes here,
+    // on this ordinary thread, never in the handler.
     save_pending_settings();
     exit(-1);
+}
+
+}  // namespace
+
+bool start_ending_thread()
+{
+    if (g_ending_thread_runs.load()) {
+        return true;
+    }
+    pthread_t thread;
+    if (sem_init(&g_wake, 0, 0) != 0 || pthread_create(&thread, nullptr, end_process, nullptr) != 0) {
+        return false;
+    }
+    pthread_detach(thread);
+    g_ending_thread_runs.store(true);
+    return true;
+}
+
+bool process_is_ending()
+{
+    return g_signal.load() != 0;
+}
+
+void HandleSig(int sig)
+{
+    const int saved = errno;
+    int none = 0;
+    if (g_signal.compare_exchange_strong(none, sig)) {
+        if (!g_ending_thread_runs.load()) {
+            _exit(255);  // nothing to hand the ending to: at least it ends
+        }
+        sem_post(&g_wake);
+    }
+    errno = saved;
+    // A thread that faulted comes straight back to its faulting
+    // instruction: the second time, it waits for the end instead of
+    // spinning on it. A SIGSEGV that was only sent returns the first time.
+    if (sig == SIGSEGV && faulted_before(current_thread())) {
+        for (;;) {
+            pause();
+        }
+    }
 }

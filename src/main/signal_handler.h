@@ -1,14 +1,19 @@
 #ifndef OLED_MAIN_SIGNAL_HANDLER_H
 #define OLED_MAIN_SIGNAL_HANDLER_H
 
-// Ends the process on SIGINT, SIGTERM, SIGHUP and SIGSEGV: the two lines,
-// the flags cleared, a second's grace, status 255. It runs once per
-// process; SIGINT, SIGTERM and SIGHUP are taken on the thread that called
-// take_stop_signals_here(), SIGSEGV on the thread that faulted.
+// Ends the process on SIGINT, SIGTERM, SIGHUP and SIGSEGV, on whichever
+// thread takes them: the handler notes the first signal and wakes the
+// ending thread, which prints the two lines, clears the thread flags,
+// waits a second and exits with status 255. A thread that faulted waits
+// for that end.
 void HandleSig(int sig);
 
-// Makes the calling thread the one that takes SIGINT, SIGTERM and SIGHUP.
-// Start-up calls it on the main thread before it installs HandleSig.
-void take_stop_signals_here();
+// Starts the ending thread; start-up calls it before it installs
+// HandleSig. False when it could not start: HandleSig then ends the
+// process at once, without the lines.
+bool start_ending_thread();
+
+// True once a signal was handled: the process is about to end.
+bool process_is_ending();
 
 #endif

@@ -54,8 +54,9 @@ private:
 
 void SmallScreen::hold()
 {
-    if (oled_sleep_time > 0) {
-        sleep(static_cast<unsigned int>(oled_sleep_time));
+    const int seconds = oled_sleep_time;  // once: the control server may change it
+    if (seconds > 0) {
+        sleep(static_cast<unsigned int>(seconds));
         busy_ = true;
     }
 }
@@ -91,7 +92,7 @@ bool SmallScreen::layout_a_item(bool enabled, const std::string& text, size_t mo
 void SmallScreen::layout_a(LayoutAStart start)
 {
     if (start <= kFromCustomText && oled_string_enable) {
-        const std::string custom(oled_data, strnlen(oled_data, sizeof(oled_data)));
+        const std::string custom = custom_text();
         oled_->ShowOLEDClear(2, 8);
         oled_->ShowOLEDSmallString(1, 3, bytes_of(custom), length_of(custom));
         busy_ = true;
@@ -168,7 +169,7 @@ void SmallScreen::layout_b()
     layout_b_item(oled_display_io, CheckIO1File, 3, true);
 
     if (oled_string_enable) {
-        const std::string custom(oled_data, strnlen(oled_data, sizeof(oled_data)));
+        const std::string custom = custom_text();
         oled_->ShowOLEDSmallString(4, static_cast<unsigned char>(row_), bytes_of(custom), length_of(custom));
         busy_ = true;
         hold();

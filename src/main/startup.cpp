@@ -2,6 +2,7 @@
 
 #include <signal.h>
 #include <stdio.h>
+#include <unistd.h>
 
 #include "board_identity.h"
 #include "control_server.h"
@@ -14,9 +15,19 @@
 #include "software_config.h"
 #include "trace.h"
 
+namespace {
+
+// Plain data, never destroyed: the LED loop may still be starting when
+// the process ends.
+LedSettings g_led_settings;
+
+}  // namespace
+
 int oled_main()
 {
-    take_stop_signals_here();
+    if (!start_ending_thread()) {
+        puts("cannot start the thread that ends the daemon on a signal");
+    }
     signal(SIGINT, HandleSig);
     signal(SIGTERM, HandleSig);
     signal(SIGHUP, HandleSig);
@@ -34,8 +45,9 @@ int oled_main()
     init_argumnt();
     oled_gpio_init();
 
-    // Workers: real-time FIFO at priority 10, detached. A thread that does
-    // not start is reported and the others go on.
+    // Workers: detached, asked for FIFO at priority 10 but inheriting the
+    // daemon's own scheduling. A thread that does not start is reported and
+    // the others go on.
     const int kPriority = 10;
     const int kFifo = 1;
     if (oled_type == 0 && CreateThread(oled_big_loop, kPriority, kFifo, 1, nullptr) == 0) {
@@ -46,7 +58,8 @@ int oled_main()
         trace_prefix("main", 1248);
         puts("pthread_create() failed: oled_small_loop");
     }
-    if (oled_led_on && CreateThread(oled_led_loop, kPriority, kFifo, 1, nullptr) == 0) {
+    copy_led_settings(*config, g_led_settings);
+    if (oled_led_on && CreateThread(oled_led_loop, kPriority, kFifo, 1, &g_led_settings) == 0) {
         trace_prefix("main", 1256);
         puts("pthread_create() failed: eth_tid_led");
     }
@@ -54,5 +67,10 @@ int oled_main()
     // The port is fixed: the stored port keys do not choose it.
     oled_ump(16124);
     config.reset();
+    // Only a handled signal stops the control server: the ending thread
+    // ends the process, with its status, and main must not race it.
+    while (process_is_ending()) {
+        pause();
+    }
     return 0;
 }

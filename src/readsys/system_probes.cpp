@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 
 #include "line_source.h"
 #include "number_format.h"
@@ -28,6 +29,15 @@ void take_first_word(const char* values, char (&word)[64], size_t& used, bool& f
             finished = true;
         }
     }
+}
+
+// The LED loop and a screen loop both run the temperature tool into the
+// same file: one at a time, or one reads what the other has just
+// truncated. Never destroyed: a loop may hold it while exit() runs.
+std::mutex& temperature_file_lock()
+{
+    static std::mutex* lock = new std::mutex;
+    return *lock;
 }
 
 }  // namespace
@@ -86,13 +96,16 @@ std::string CheckTemperature()
 {
     // The tool is looked for in /home/public but started from the working
     // directory: the daemon is installed and started there.
+    const char* command = nullptr;
     if (access(path_on_box("/home/public/get_temperature").c_str(), F_OK) == 0) {
-        run_command("./get_temperature > /tmp/temperature \n");
+        command = "./get_temperature > /tmp/temperature \n";
     } else if (access(path_on_box("/home/public/get_temperature.sh").c_str(), F_OK) == 0) {
-        run_command("./get_temperature.sh > /tmp/temperature \n");
+        command = "./get_temperature.sh > /tmp/temperature \n";
     } else {
         return std::string();
     }
+    std::lock_guard<std::mutex> one_at_a_time(temperature_file_lock());
+    run_command(command);
     LineSource in;
     if (!in.open("cat /tmp/temperature")) {
         return std::string();

@@ -1,9 +1,11 @@
 #include "runtime_settings.h"
 
 #include <stdio.h>
+#include <string.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <mutex>
 #include <string>
 
 #include "file_helpers.h"
@@ -11,31 +13,58 @@
 #include "software_config.h"
 
 int oled_type = 0;
-bool oled_string_enable = false;
+RelaxedAtomic<bool> oled_string_enable(false);
 char oled_data[30] = {0};
-bool oled_display_cpu = true;
-bool oled_display_vi = true;
-bool oled_display_ai = true;
-bool oled_display_ethspeed = true;
-bool oled_display_venc = true;
-bool oled_display_temp = true;
-bool oled_display_time = true;
-bool oled_display_logo = false;
-bool oled_display_io = false;
-int oled_sleep_time = 3;
-bool led_outside = false;
+RelaxedAtomic<bool> oled_display_cpu(true);
+RelaxedAtomic<bool> oled_display_vi(true);
+RelaxedAtomic<bool> oled_display_ai(true);
+RelaxedAtomic<bool> oled_display_ethspeed(true);
+RelaxedAtomic<bool> oled_display_venc(true);
+RelaxedAtomic<bool> oled_display_temp(true);
+RelaxedAtomic<bool> oled_display_time(true);
+RelaxedAtomic<bool> oled_display_logo(false);
+RelaxedAtomic<bool> oled_display_io(false);
+RelaxedAtomic<int> oled_sleep_time(3);
+RelaxedAtomic<bool> led_outside(false);
 bool led_onboard = false;
-bool oled_led_on = false;
-int led_test = 0;
+RelaxedAtomic<bool> oled_led_on(false);
+RelaxedAtomic<int> led_test(0);
 int input_mode = 1;
 char hw_info[128] = {0};
 int g_sock = 0;
 char loip[10] = "127.0.0.1";
 
-bool thread_big_loop = true;
-bool thread_small_loop = true;
-bool thread_led_loop = true;
-bool thread_oled_ump = true;
+RelaxedAtomic<bool> thread_big_loop(true);
+RelaxedAtomic<bool> thread_small_loop(true);
+RelaxedAtomic<bool> thread_led_loop(true);
+RelaxedAtomic<bool> thread_oled_ump(true);
+
+namespace {
+
+// Guards oled_data. Never destroyed: a loop may still hold it while exit()
+// runs the destructors.
+std::mutex& custom_text_lock()
+{
+    static std::mutex* lock = new std::mutex;
+    return *lock;
+}
+
+}  // namespace
+
+void publish_custom_text(const std::string& text)
+{
+    std::lock_guard<std::mutex> hold(custom_text_lock());
+    strncpy(oled_data, text.c_str(), kCustomTextBytes);
+    // A 21-byte text is not terminated by the copy; the screens read the
+    // line as a C string, so the byte after it stays a terminator.
+    oled_data[kCustomTextBytes] = '\0';
+}
+
+std::string custom_text()
+{
+    std::lock_guard<std::mutex> hold(custom_text_lock());
+    return std::string(oled_data, strnlen(oled_data, sizeof(oled_data)));
+}
 
 void init_argumnt()
 {
@@ -45,7 +74,11 @@ void init_argumnt()
 
     oled_type = str2int(config->GetConfig(C::OLed_a_kind_start));
     oled_string_enable = flag(C::OLed_a_small_n_start);
-    snprintf(oled_data, 21, "%s\n", config->GetConfig(C::OLed_a_small_n_buf).c_str());
+    const std::string text = config->GetConfig(C::OLed_a_small_n_buf);
+    {
+        std::lock_guard<std::mutex> hold(custom_text_lock());
+        snprintf(oled_data, 21, "%s\n", text.c_str());
+    }
     led_outside = flag(C::OLed_a_led_start);
     led_onboard = flag(C::kLed_onboard);
     oled_led_on = led_onboard || led_outside;

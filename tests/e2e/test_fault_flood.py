@@ -18,7 +18,7 @@ WARM_UP = min(10000, FLOOD // 10)
 LOOPS_WARM_UP_S = 5
 # Resident memory may move by allocator noise; a leak of a few bytes per
 # datagram over the flood shows well above this.
-RSS_NOISE_KB = 1024
+RSS_NOISE_KB = int(os.environ.get("OLEDD_RSS_NOISE_KB", "1024"))
 SETTINGS = {"OLed_a_kind_start": "4", "OLed_a_sleep_tim": "1", "OLed_a_led_start": "1", "OLed_a_io": "1",
             "OLed_a_small_n_start": "1", "kLed_outside_value": "1", "kLed_eth_gpio": "5_0",
             "kLed_cpu_gpio": "5_1", "kLed_hdmi_gpio": "5_2", "kLed_pwr_gpio": "5_3"}

@@ -21,9 +21,7 @@
 #include "probe_scene.h"
 #include "runtime_settings.h"
 #include "screen_loops.h"
-#include "singleton.h"
 #include "soc.h"
-#include "software_config.h"
 
 namespace {
 
@@ -81,7 +79,7 @@ protected:
 
     // Runs a loop until it has held `screens` screens and ended its pass;
     // keeps the screens, one under the other; returns what it printed.
-    std::string run(void* (*loop)(void*), bool* flag, int screens)
+    std::string run(void* (*loop)(void*), RelaxedAtomic<bool>* flag, int screens)
     {
         held_.clear();
         int count = 0;
@@ -188,6 +186,35 @@ TEST_F(Loops, BigPanelPassWithNothingToShowPauses)
     EXPECT_GE(pauses[2], 100000u);
 }
 
+// The control server flips the custom text while the loop draws it:
+// every screen shows one of the two texts, whole.
+TEST_F(Loops, CustomTextChangedWhileDrawnIsShownOldOrNewNeverMixed)
+{
+    const auto flip = [](int i) { publish_custom_text(i % 2 != 0 ? "2" : "11111111111111111111"); };
+    wire(4);
+    oled_string_enable = true;
+    std::vector<uint8_t> screens[2];
+    for (int i = 0; i < 2; ++i) {
+        flip(i);
+        run(oled_small_loop, &thread_small_loop, 1);
+        screens[i] = held_;
+    }
+    std::atomic<bool> drawing(true);
+    std::thread loop([this, &drawing] {
+        run(oled_small_loop, &thread_small_loop, 50);
+        drawing = false;
+    });
+    for (int flips = 0; drawing; flip(++flips)) {
+    }
+    loop.join();
+    int mixed = 0;
+    for (auto at = held_.begin(); at != held_.end(); at += screens[0].size()) {
+        const std::vector<uint8_t> screen(at, at + screens[0].size());
+        mixed += screen != screens[0] && screen != screens[1];
+    }
+    EXPECT_EQ(0, mixed);
+}
+
 // The outside LEDs on 5_0 (Ethernet), 5_1 (CPU), 5_2 (video), 5_3 (power),
 // lit by a high level; the onboard ones on 6_0, 6_1, 6_2, lit by a low one.
 class LedLoop : public Loops {
@@ -195,15 +222,6 @@ protected:
     void SetUp() override
     {
         Loops::SetUp();
-        const std::pair<SoftwareConfig::SoftWareConfigID, const char*> settings[] = {
-            {SoftwareConfig::kLed_eth_gpio, "5_0"}, {SoftwareConfig::kLed_cpu_gpio, "5_1"},
-            {SoftwareConfig::kLed_hdmi_gpio, "5_2"}, {SoftwareConfig::kLed_pwr_gpio, "5_3"},
-            {SoftwareConfig::kLed_eth_onboard, "6_0"}, {SoftwareConfig::kLed_cpu_onboard, "6_1"},
-            {SoftwareConfig::kLed_hdmi_onboard, "6_2"}, {SoftwareConfig::kLed_outside_value, "1"},
-            {SoftwareConfig::kLed_onboard_value, "0"}};
-        for (const auto& setting : settings) {
-            Singleton<SoftwareConfig>::instance()->SetConfig(setting.first, setting.second);
-        }
         led_outside = led_onboard = oled_led_on = true;
         led_test = 0;
         input_mode = 1;  // the mode switch low: video inputs
@@ -227,7 +245,8 @@ protected:
         };
         thread_led_loop = true;
         CaptureStdout out;
-        oled_led_loop(nullptr);
+        LedSettings settings = {{"5_0", "5_1", "5_2", "5_3", "6_0", "6_1", "6_2"}, 1, 0};
+        oled_led_loop(&settings);
         printed_ = out.text();
         seen.push_back(levels());
         return seen;

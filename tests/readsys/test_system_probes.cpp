@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <fstream>
+#include <thread>
 
 #include "probe_scene.h"
 #include "system_probes.h"
@@ -52,5 +54,20 @@ TEST(CheckTemperature, RunsTheToolFromTheWorkingFolderAndBlanksNonDigits)
 
     scene.remove("/home/public/get_temperature.sh");
     EXPECT_EQ(CheckTemperature(), "") << "no tool: the old reading is not shown";
+
+    // The LED loop and a screen loop run the tool into the same file:
+    // neither reads it between the other's truncation and the tool's line.
+    scene.write_tool("/home/public/get_temperature", "#!/bin/sh\necho 52\n");
+    std::atomic<int> empty(0);
+    const auto passes = [&empty] {
+        for (int i = 0; i < 300; ++i) {
+            empty += CheckTemperature() != "TEMP:52 ";
+        }
+    };
+    std::thread led_loop(passes);
+    passes();
+    led_loop.join();
+    EXPECT_EQ(0, empty);
 }
+
 
