@@ -4,7 +4,6 @@
 #include <time.h>
 
 #include <algorithm>
-#include <chrono>
 
 #include "soc.h"
 
@@ -70,16 +69,23 @@ void VcdWriter::attach()
 
 void VcdWriter::finish()
 {
-    if (mutex_.try_lock_for(std::chrono::milliseconds(kFinishWaitMs))) {
-        finished_ = true;
-        fflush(file_);
-        mutex_.unlock();
+    // Polled rather than a timed lock: ThreadSanitizer's runtime does not
+    // see the clock-based lock that timed_mutex uses and reports its unlock.
+    for (int waited = 0; waited <= kFinishWaitMs; ++waited) {
+        if (mutex_.try_lock()) {
+            finished_ = true;
+            fflush(file_);
+            mutex_.unlock();
+            return;
+        }
+        const timespec pause = {0, 1000 * 1000};
+        nanosleep(&pause, nullptr);
     }
 }
 
 void VcdWriter::count_write()
 {
-    std::lock_guard<std::timed_mutex> lock(mutex_);
+    std::lock_guard<std::mutex> lock(mutex_);
     const int64_t now = clock_();
     const int64_t gap = now - last_write_us_;
     last_write_us_ = now;
@@ -88,7 +94,7 @@ void VcdWriter::count_write()
 
 void VcdWriter::changed(size_t line, int level)
 {
-    std::lock_guard<std::timed_mutex> lock(mutex_);
+    std::lock_guard<std::mutex> lock(mutex_);
     char text[48];
     int length = 0;
     if (time_us_ != stamped_us_) {

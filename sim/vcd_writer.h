@@ -49,7 +49,7 @@ private:
     void changed(size_t line, int level);
     void put(const char* text, int length);
 
-    std::timed_mutex mutex_;  // the file and the counts; writes come from every daemon thread
+    std::mutex mutex_;  // the file and the counts; writes come from every daemon thread
     bool finished_;
     FILE* file_;
     std::string path_;
