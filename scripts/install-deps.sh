@@ -15,6 +15,7 @@ HOST_PKGS=(
   prometheus python3-yaml python3-psutil
   qemu-user-static
   sigrok-cli python3-matplotlib
+  libfiu-dev fiu-utils strace clang-format
 )
 # The two Debian ARM ports the cross builds use: armhf (ARMv7, hard-float)
 # and armel (ARMv5, soft-float).
