@@ -34,7 +34,7 @@ namespace {
 
 class CountReplies : public ReplySender {
 public:
-    void send(const char*, unsigned int, const std::string& payload) override
+    void send(const char*, unsigned int, const std::string& payload, bool) override
     {
         ++count;
         bytes += payload.size();
@@ -105,13 +105,13 @@ Run run(const char* const* datagrams, int kinds, long count, const std::string& 
     const long saves = literal_saves();
     const ControlPeer sender = {"192.168.1.1", 40000};
     SettingsSaver saver;
-    ControlContext context = {"192.168.1.20", panel_and_led_pins(), &reply, &saver, nullptr};
+    ControlContext context = {"192.168.1.20", pins_at_start(), &reply, &saver, nullptr, {}};
     const double start = now_seconds();
     for (long i = 0; i < count; ++i) {
         const char* text = datagrams[i % kinds];
         // A quiet second between datagrams: every change is saved at once.
         const int64_t now_ms = i * 2 * SettingsSaver::kQuietMs;
-        handle_control_datagram(text, static_cast<long>(strlen(text)), sender, context, now_ms);
+        handle_control_datagram(text, static_cast<long>(strlen(text)), sender, "192.168.1.20", context, now_ms);
         counter.look();
     }
     return Run{now_seconds() - start, kLiteral ? literal_saves() - saves : counter.rewrites()};

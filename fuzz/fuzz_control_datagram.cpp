@@ -3,6 +3,7 @@
 // custom line stays terminated inside its buffer, and replies carry the
 // header and go only to addresses of at most 15 characters, never to the
 // box's own loopback.
+#include <arpa/inet.h>
 #include <stddef.h>
 #include <stdint.h>
 #include <stdlib.h>
@@ -21,12 +22,15 @@ namespace {
 
 class CheckReplies : public ReplySender {
 public:
-    void send(const char* ip, unsigned int, const std::string& payload) override
+    void send(const char* ip, unsigned int, const std::string& payload, bool) override
     {
-        if (strlen(ip) > kReplyAddressMax || payload.compare(0, 7, "[oled]\n") != 0 || strncmp(ip, "127.", 4) == 0) {
+        // One reply a datagram, never to the box itself.
+        if (strlen(ip) > kReplyAddressMax || payload.compare(0, 7, "[oled]\n") != 0 || strncmp(ip, "127.", 4) == 0 ||
+            strcmp(ip, "192.168.1.20") == 0 || ++sent > 1) {
             abort();
         }
     }
+    int sent = 0;
 };
 
 void check_file()
@@ -63,8 +67,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     now_ms += SettingsSaver::kQuietMs / 2;  // some saves at once, some pending
     CheckReplies replies;
     const ControlPeer sender = {"192.168.1.1", 40000};
-    ControlContext context = {"192.168.1.20", panel_and_led_pins(), &replies, &saver, nullptr};
-    handle_control_datagram(reinterpret_cast<const char*>(data), static_cast<long>(size), sender, context, now_ms);
+    static const PinsAtStart pins = pins_at_start();
+    ControlContext context = {"192.168.1.20", pins, &replies, &saver, nullptr, {inet_addr("192.168.1.20")}};
+    handle_control_datagram(reinterpret_cast<const char*>(data), static_cast<long>(size), sender, "192.168.1.20",
+                            context, now_ms);
     saver.save_pending();
     if (memchr(oled_data, '\0', 22) == nullptr) {
         abort();

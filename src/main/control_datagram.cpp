@@ -34,14 +34,6 @@ const SwitchFlag kSwitchFlags[] = {
     {"io", &oled_display_io},        {"logo", &oled_display_logo},
 };
 
-// Settings that name a pin of the panels or the LEDs.
-const C::SoftWareConfigID kPanelAndLedPins[] = {
-    C::OLed_ba_SDINMUX,  C::OLed_ba_SCLKMUX,  C::OLed_ba_CS_MUX, C::OLed_ba_DC_MUX,   C::OLed_ba_RES_MUX,
-    C::OLed_sml_SDINMUX, C::OLed_sml_SCLKMUX, C::OLed_sml_VCCMUX, C::OLed_sml_GNDMUX, C::kLed_eth_gpio,
-    C::kLed_cpu_gpio,    C::kLed_hdmi_gpio,   C::kLed_pwr_gpio,  C::kLed_eth_onboard, C::kLed_cpu_onboard,
-    C::kLed_hdmi_onboard,
-};
-
 // A reply is one datagram: the file beyond what one can carry is not sent.
 const size_t kReplyMax = 65507;
 
@@ -105,7 +97,7 @@ std::string settings_reply()
 // Addresses a reply never goes to: they would reach the box's own local
 // services (loopback, "this network") or every host (multicast, broadcast
 // and the reserved block under it).
-bool no_reply_address(const std::string& address)
+bool no_reply_address(const std::string& address, const std::vector<uint32_t>& own)
 {
     in_addr parsed;
     if (inet_aton(address.c_str(), &parsed) == 0) {
@@ -113,7 +105,8 @@ bool no_reply_address(const std::string& address)
     }
     const uint32_t host = ntohl(parsed.s_addr);
     const uint32_t first = host >> 24;
-    return first == 0 || first == 127 || first >= 224;
+    return first == 0 || first == 127 || first >= 224 ||
+           std::find(own.begin(), own.end(), parsed.s_addr) != own.end();
 }
 
 // State of one datagram while its items are carried out.
@@ -123,10 +116,16 @@ struct Datagram {
     ControlPeer destination;  // of replies: the sender until an item names another
     unsigned int sender_port;
     const std::string* unsaved;  // the settings waiting to be written, or nullptr
+    bool signed_query;           // carried a signature made with the box's key
+    bool replied;                // a datagram gets one reply, however many it asks
 };
 
 void send_reply(const std::string& value, Datagram& datagram)
 {
+    if (datagram.replied) {
+        return;
+    }
+    datagram.replied = true;
     if (!value.empty()) {
         std::vector<std::string> parts;
         SplitString(value, parts, ":");
@@ -142,15 +141,15 @@ void send_reply(const std::string& value, Datagram& datagram)
                                                      : datagram.sender_port;
     }
     const std::string& address = datagram.destination.address;
-    if (no_reply_address(address)) {
-        printf("replyoled: no reply to %s (loopback, multicast, broadcast or unspecified)\n",
+    if (no_reply_address(address, datagram.context.own_addresses)) {
+        printf("replyoled: no reply to %s (the box's own, loopback, multicast, broadcast or unspecified)\n",
                shown_value(address).c_str());
         return;
     }
     // While a save waits, the file is behind the settings: the reply shows
     // them as they will be saved.
     const std::string payload = datagram.unsaved != nullptr ? "[oled]\n" + *datagram.unsaved : settings_reply();
-    datagram.context.reply->send(address.c_str(), datagram.destination.port, payload);
+    datagram.context.reply->send(address.c_str(), datagram.destination.port, payload, datagram.signed_query);
 }
 
 // Why the box refuses value for key, "" when it takes it.
@@ -160,10 +159,12 @@ std::string refusal(const ControlKey& key, const std::string& value, const Contr
     if (!problem.empty() || key.kind != ControlValueKind::Pin || value == "0") {
         return problem;
     }
-    const std::vector<int>& own = context.own_pins;
-    if (std::find(own.begin(), own.end(), pin_number(value)) == own.end()) {
+    const PinsAtStart::const_iterator own = context.pins.find(key.setting);
+    if (own == context.pins.end() ||
+        std::find(own->second.begin(), own->second.end(), pin_number(value)) == own->second.end()) {
         return std::string(key.key) + ": " + value +
-               " is not a pin of this box's panel or LEDs (those are set in /data/oled.ini on the box)";
+               " is neither its pin at start nor the board's default for it (other pins are set in /data/oled.ini on "
+               "the box)";
     }
     return "";
 }
@@ -246,8 +247,11 @@ bool needs_key(const std::string& item, const ControlPeer& sender)
 }
 
 // On a box that asks for a key, a datagram that needs one is carried out
-// only when signed with it; its signature is taken off either way.
-bool permitted(std::string& command_text, const ControlPeer& sender, DatagramAuth& auth)
+// only when signed with it for destination; its signature is taken off
+// either way. A query that needs none is answered whatever its signature,
+// from the operators' share when the signature holds.
+bool permitted(std::string& command_text, const ControlPeer& sender, const std::string& destination,
+               DatagramAuth& auth, bool& signed_query)
 {
     const Signature signature = take_signature(command_text);
     std::vector<std::string> items;
@@ -256,30 +260,39 @@ bool permitted(std::string& command_text, const ControlPeer& sender, DatagramAut
     for (size_t i = 0; i < items.size(); ++i) {
         needed = needed || needs_key(items[i], sender);
     }
-    const std::string refused = needed ? auth.accept(signature) : std::string();
+    if (!needed) {
+        signed_query = signature.present && auth.accept(signature, destination, false).empty();
+        return true;
+    }
+    const std::string refused = auth.accept(signature, destination, true);
     if (!refused.empty()) {
         printf("refused a datagram from %s:%u: %s\n", sender.address.c_str(), sender.port, refused.c_str());
     }
+    signed_query = refused.empty();
     return refused.empty();
 }
 
 }  // namespace
 
-std::vector<int> panel_and_led_pins()
+PinsAtStart pins_at_start()
 {
     std::shared_ptr<SoftwareConfig> config = Singleton<SoftwareConfig>::instance();
     const std::vector<std::string> defaults = SoftwareConfig::DefaultValues(hw_info);
-    std::vector<int> pins;
-    for (C::SoftWareConfigID id : kPanelAndLedPins) {
-        pins.push_back(pin_number(config->GetConfig(id)));
-        pins.push_back(pin_number(defaults[id]));
+    PinsAtStart pins;
+    for (size_t i = 0; i < kControlKeyCount; ++i) {
+        const ControlKey& key = kControlKeys[i];
+        const C::SoftWareConfigID id = setting_id(key.setting);
+        if (key.kind == ControlValueKind::Pin && id != C::kConfigCount) {
+            std::vector<int>& own = pins[key.setting];
+            own.push_back(pin_number(config->GetConfig(id)));
+            own.push_back(pin_number(defaults[id]));
+        }
     }
-    pins.erase(std::remove(pins.begin(), pins.end(), -1), pins.end());
     return pins;
 }
 
-bool handle_control_datagram(const char* text, long length, const ControlPeer& sender, ControlContext& context,
-                             int64_t now_ms)
+bool handle_control_datagram(const char* text, long length, const ControlPeer& sender, const std::string& destination,
+                             ControlContext& context, int64_t now_ms)
 {
     if (text == nullptr || length < 2) {
         return false;
@@ -296,11 +309,9 @@ bool handle_control_datagram(const char* text, long length, const ControlPeer& s
         return false;
     }
     // Whether a key is asked for is settled before the server starts.
-    bool allowed = context.auth == nullptr || !context.auth->required();
-    if (!allowed) {
-        context.saver->locked([&]() { allowed = permitted(command_text, sender, *context.auth); });
-    }
-    if (!allowed) {
+    bool signed_query = false;
+    if (context.auth != nullptr && context.auth->required() &&
+        !permitted(command_text, sender, destination, *context.auth, signed_query)) {
         return false;
     }
 
@@ -308,7 +319,7 @@ bool handle_control_datagram(const char* text, long length, const ControlPeer& s
     std::vector<std::string> items;
     SplitString(command_text, items, "|");
     context.saver->change(now_ms, [&](const std::string* unsaved) {
-        Datagram datagram = {*config, context, sender, sender.port, unsaved};
+        Datagram datagram = {*config, context, sender, sender.port, unsaved, signed_query, false};
         for (size_t i = 0; i < items.size(); ++i) {
             carry_out_item(items[i], datagram);
         }

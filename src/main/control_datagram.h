@@ -3,6 +3,7 @@
 
 #include <stdint.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -24,29 +25,39 @@ struct ControlPeer {
 class ReplySender {
 public:
     virtual ~ReplySender() {}
-    virtual void send(const char* ip, unsigned int port, const std::string& payload) = 0;
+    // signed_query: the datagram carried a valid signature, so the reply
+    // may come from the operators' own share of the budget.
+    virtual void send(const char* ip, unsigned int port, const std::string& payload, bool signed_query) = 0;
 };
+
+// For each pin setting, the pins (group * 8 + bit) a datagram may give
+// it besides 0: its own at start and the board's default for it.
+typedef std::map<std::string, std::vector<int> > PinsAtStart;
 
 // What datagrams act with for the server's lifetime.
 struct ControlContext {
     std::string local_address;  // the box's own eth0 address text, "" when unknown
-    std::vector<int> own_pins;  // group * 8 + bit of every pin a datagram may name
+    PinsAtStart pins;
     ReplySender* reply;
     SettingsSaver* saver;
     DatagramAuth* auth;  // checks signatures; nullptr: no key asked for
+    // Every address of the box (network order): its local services
+    // listen there, so no reply goes to one.
+    std::vector<uint32_t> own_addresses;
 };
 
-// The pins that the panel and LED settings name now, and the board's
-// default panel pins: a datagram may move the panel among these.
-std::vector<int> panel_and_led_pins();
+// The pins of every pin setting as the daemon starts.
+PinsAtStart pins_at_start();
 
-// Carries out one command datagram of length bytes at now_ms (monotonic):
-// targeting, every item checked and carried out, replies, then the save
-// (at once or pending, as the saver rules) and the LED switch recomputed.
+// Carries out one command datagram of length bytes, sent to destination
+// (dotted: the box's address or the group's), at now_ms (monotonic):
+// targeting, every item checked and carried out, at most one reply, then
+// the save (at once or pending, as the saver rules) and the LED switch
+// recomputed.
 // Returns false when the datagram was ignored (shorter than two bytes, or
 // aimed at another box, or aimed while the box does not know its address)
 // or refused whole for want of a signature made with the box's key.
-bool handle_control_datagram(const char* text, long length, const ControlPeer& sender, ControlContext& context,
-                             int64_t now_ms);
+bool handle_control_datagram(const char* text, long length, const ControlPeer& sender, const std::string& destination,
+                             ControlContext& context, int64_t now_ms);
 
 #endif

@@ -4,19 +4,19 @@
 #include <stdint.h>
 #include <stdio.h>
 #include <string.h>
+#include <sys/stat.h>
 
 #include <sodium.h>
 
 #include "durable_file.h"
-#include "hmac_sha256.h"
 #include "path_on_box.h"
 
 namespace {
 
 const char kKeyFile[] = "/data/oled.key";
-// Beside the key; written with the settings, never once per datagram.
+// Beside the key, written when it is made: without it every change ever
+// signed with the key would be taken again.
 const char kCounterFile[] = "/data/oled.counter";
-const char kAuthItem[] = "|auth=";
 const size_t kMacHexSize = 2 * crypto_auth_hmacsha256_BYTES;
 const uint64_t kCounterMax = INT64_MAX;
 
@@ -56,26 +56,6 @@ bool read_counter(const std::string& text, uint64_t& value)
 
 }  // namespace
 
-Signature take_signature(std::string& text)
-{
-    Signature signature = {false, "", "", ""};
-    const std::string::size_type item = text.rfind(kAuthItem);
-    if (item == std::string::npos) {
-        return signature;
-    }
-    const std::string::size_type counter = item + sizeof(kAuthItem) - 1;
-    if (text.find('|', counter) != std::string::npos) {
-        return signature;  // not the last item
-    }
-    const std::string::size_type colon = text.find(':', counter);
-    signature.present = true;
-    signature.signed_text = text.substr(0, colon);
-    signature.counter = text.substr(counter, colon == std::string::npos ? colon : colon - counter);
-    signature.mac = colon == std::string::npos ? std::string() : text.substr(colon + 1);
-    text.erase(item);
-    return signature;
-}
-
 void DatagramAuth::load()
 {
     std::string key;
@@ -95,8 +75,12 @@ void DatagramAuth::load()
                static_cast<unsigned>(kAuthKeyMax));
         return;
     }
+    struct stat mode;
+    if (stat(path_on_box(kKeyFile).c_str(), &mode) == 0 && (mode.st_mode & (S_IRGRP | S_IROTH)) != 0) {
+        printf("%s: readable by others than its owner: chmod 600 %s\n", kKeyFile, kKeyFile);
+    }
     std::string counter;
-    if (!read_small_file(kCounterFile, 32, counter, error) && error != ENOENT) {
+    if (!read_small_file(kCounterFile, 32, counter, error)) {
         state_ = kBroken;
         printf("%s: cannot be read (%s): every change is refused until it is fixed\n", kCounterFile,
                strerror(error));
@@ -105,19 +89,17 @@ void DatagramAuth::load()
     if (!counter.empty() && counter[counter.size() - 1] == '\n') {
         counter.erase(counter.size() - 1);
     }
-    // Without the file no counter was ever accepted with a key.
-    if (error != ENOENT && !read_counter(counter, highest_)) {
+    if (!read_counter(counter, highest_)) {
         state_ = kBroken;
         printf("%s: not a counter: every change is refused until it is fixed\n", kCounterFile);
         return;
     }
-    saved_ = highest_;
     key_ = key;
     state_ = kKeyed;
     printf("%s: changes must be signed\n", kKeyFile);
 }
 
-std::string DatagramAuth::accept(const Signature& signature)
+std::string DatagramAuth::accept(const Signature& signature, const std::string& destination, bool change)
 {
     if (state_ == kOpen) {
         return "";
@@ -130,7 +112,7 @@ std::string DatagramAuth::accept(const Signature& signature)
     }
     // The MAC first, in time that does not depend on where it differs: a
     // stranger learns nothing, not even whether the counter would do.
-    const std::string expected = hmac_sha256_hex(key_, signature.signed_text);
+    const std::string expected = signature_mac(key_, destination, signature.signed_text);
     if (signature.mac.size() != kMacHexSize || sodium_memcmp(expected.data(), signature.mac.data(), kMacHexSize) != 0) {
         return "wrong MAC";
     }
@@ -141,25 +123,9 @@ std::string DatagramAuth::accept(const Signature& signature)
     if (counter <= highest_) {
         return "counter " + signature.counter + " not above the last accepted";
     }
+    if (change && !write_file_durably(kCounterFile, std::to_string(counter) + "\n")) {
+        return "counter cannot be saved to " + std::string(kCounterFile);
+    }
     highest_ = counter;
     return "";
-}
-
-bool DatagramAuth::save()
-{
-    if (!save_pending()) {
-        return true;
-    }
-    if (!write_file_durably(kCounterFile, std::to_string(highest_) + "\n")) {
-        printf("%s: cannot be written\n", kCounterFile);
-        return false;
-    }
-    saved_ = highest_;
-    return true;
-}
-
-DatagramAuth& process_datagram_auth()
-{
-    static DatagramAuth* auth = new DatagramAuth;
-    return *auth;
 }

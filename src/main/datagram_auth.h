@@ -5,30 +5,18 @@
 
 #include <string>
 
+#include "signature_format.h"
+
 // Keyed datagrams. With a key in /data/oled.key, a datagram that would
-// change the box, or send a reply elsewhere than to its sender, must end in
-// "|auth=COUNTER:MAC": COUNTER a decimal number above every one the box
-// accepted before, MAC the lowercase hexadecimal HMAC-SHA256, made with the
-// key, of every byte before ":MAC".
+// change the box, or send a reply elsewhere than to its sender, must carry
+// a signature (signature_format.h) made with the key for the address it
+// was sent to, and a counter above every one the box accepted before. The
+// address binds a datagram to where it was sent, so one key can serve a
+// fleet: a datagram caught on its way to one box is refused by every other.
 
-// Shorter keys are guessed too easily; longer ones are not key files.
-const size_t kAuthKeyMin = 16;
-const size_t kAuthKeyMax = 1024;
-
-// The trailing auth item of a datagram, taken apart.
-struct Signature {
-    bool present;
-    std::string signed_text;  // every byte before ":MAC"
-    std::string counter;
-    std::string mac;
-};
-
-// Takes a trailing auth item off text; text is left unchanged when there
-// is none.
-Signature take_signature(std::string& text);
-
-// Not locked itself: the control server checks and the settings saver
-// saves under the saver's lock, since the signal path may save too.
+// Used by the control server's thread alone. An accepted counter of a
+// change is on flash before the change is made, so neither a restart nor a
+// power cut lets a datagram be played again.
 class DatagramAuth {
 public:
     // Reads the key and the highest counter accepted before, and prints
@@ -38,25 +26,19 @@ public:
     // Whether changes must be signed: a key file is there, usable or not.
     bool required() const { return state_ != kOpen; }
 
-    // Empty when the signature is made with the key and carries a new
-    // counter, which becomes the highest; else why the datagram is refused.
-    std::string accept(const Signature& signature);
-
-    // An accepted counter is not on flash yet.
-    bool save_pending() const { return saved_ != highest_; }
-    // Writes the highest counter; false when it could not.
-    bool save();
+    // Empty when the signature is made with the key for destination and
+    // carries a new counter, which becomes the highest; else why the
+    // datagram is refused. The counter of a change is written to flash
+    // first, and a change whose counter cannot be written is refused; a
+    // query's counter is kept in memory only (it changes nothing, and the
+    // flash is not worn by polling).
+    std::string accept(const Signature& signature, const std::string& destination, bool change);
 
 private:
     enum State { kOpen, kKeyed, kBroken };
     State state_ = kOpen;
     std::string key_;
     uint64_t highest_ = 0;
-    uint64_t saved_ = 0;
 };
-
-// The control server's, for the daemon's life: the signal path may save
-// its counter while exit() runs the destructors of statics.
-DatagramAuth& process_datagram_auth();
 
 #endif

@@ -26,6 +26,8 @@ ReplyLimiter::ReplyLimiter() : told_ms_(0), told_(false)
     }
     whole_box_.tokens = kWholeBoxBurstBytes * kThousandths;
     whole_box_.refilled_ms = 0;
+    signed_.tokens = kSignedBurstBytes * kThousandths;
+    signed_.refilled_ms = 0;
 }
 
 ReplyLimiter::Destination& ReplyLimiter::find(uint32_t address, int64_t now_ms)
@@ -49,8 +51,17 @@ ReplyLimiter::Destination& ReplyLimiter::find(uint32_t address, int64_t now_ms)
     return *oldest;
 }
 
-ReplyLimiter::Verdict ReplyLimiter::allow(uint32_t destination, long bytes, int64_t now_ms)
+ReplyLimiter::Verdict ReplyLimiter::allow(uint32_t destination, long bytes, int64_t now_ms, bool signed_query)
 {
+    if (signed_query) {
+        refill(signed_.tokens, signed_.refilled_ms, now_ms, kSignedBytesPerSecond, kSignedBurstBytes);
+        const int64_t cost = (bytes < 0 ? 0 : bytes > kSignedBurstBytes ? kSignedBurstBytes : bytes) * kThousandths;
+        if (signed_.tokens >= cost) {
+            signed_.tokens -= cost;
+            return kSend;
+        }
+        return told(now_ms);
+    }
     Bucket& own = find(destination, now_ms).bucket;
     refill(own.tokens, own.refilled_ms, now_ms, kPerDestinationBytesPerSecond, kPerDestinationBurstBytes);
     refill(whole_box_.tokens, whole_box_.refilled_ms, now_ms, kWholeBoxBytesPerSecond, kWholeBoxBurstBytes);
@@ -61,6 +72,11 @@ ReplyLimiter::Verdict ReplyLimiter::allow(uint32_t destination, long bytes, int6
         whole_box_.tokens -= cost;
         return kSend;
     }
+    return told(now_ms);
+}
+
+ReplyLimiter::Verdict ReplyLimiter::told(int64_t now_ms)
+{
     if (told_ && now_ms - told_ms_ < kTellEveryMs) {
         return kDrop;
     }

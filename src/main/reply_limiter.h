@@ -32,14 +32,21 @@ public:
     // destination is forgotten (its next reply starts a full bucket, and
     // the whole-box cap still holds).
     static const int kDestinations = 64;
+    // Signed queries (on a box that holds a key: an operator's tool) are
+    // answered from a share of their own that unsigned traffic cannot use
+    // up, so a flood never hides a box from its operators; the counter in
+    // the signature keeps a caught query from being played into it again.
+    static const int kSignedBytesPerSecond = 20000;
+    static const int kSignedBurstBytes = 40000;
     static const int64_t kTellEveryMs = 10 * 1000;
 
     ReplyLimiter();
 
     // Whether a reply of bytes to destination (IPv4 address, network
     // order) may be sent at now_ms; a reply allowed is counted as sent. A
-    // reply larger than a burst costs a whole burst.
-    Verdict allow(uint32_t destination, long bytes, int64_t now_ms);
+    // reply larger than a burst costs a whole burst. A signed reply is
+    // taken from the signed share alone.
+    Verdict allow(uint32_t destination, long bytes, int64_t now_ms, bool signed_query = false);
 
 private:
     struct Bucket {
@@ -54,9 +61,12 @@ private:
     };
 
     Destination& find(uint32_t address, int64_t now_ms);
+    // A drop, told at most once a while.
+    Verdict told(int64_t now_ms);
 
     Destination destinations_[kDestinations];
     Bucket whole_box_;
+    Bucket signed_;
     int64_t told_ms_;
     bool told_;
 };

@@ -2,7 +2,6 @@
 
 #include <memory>
 
-#include "datagram_auth.h"
 #include "singleton.h"
 #include "software_config.h"
 
@@ -21,7 +20,7 @@ std::string store_text()
 
 }  // namespace
 
-SettingsSaver::SettingsSaver() : pending_(false), written_(false), written_ms_(0), auth_(nullptr)
+SettingsSaver::SettingsSaver() : pending_(false), written_(false), written_ms_(0)
 {
     // An error-checking lock: a thread that takes it twice is told so
     // instead of waiting for itself.
@@ -47,25 +46,12 @@ void SettingsSaver::unlock()
     pthread_mutex_unlock(&mutex_);
 }
 
-void SettingsSaver::keep_counter(DatagramAuth* auth)
-{
-    if (lock()) {
-        auth_ = auth;
-        unlock();
-    }
-}
-
-bool SettingsSaver::counter_pending()
-{
-    return auth_ != nullptr && auth_->save_pending();
-}
-
 void SettingsSaver::after_change(int64_t now_ms)
 {
     const std::string text = store_text();
     // Nothing new to write (a query) is saved at once: the file is not
     // rewritten and the lines are printed as ever.
-    if ((text == saved_ && !counter_pending()) || !written_ || now_ms - written_ms_ >= kQuiet) {
+    if (text == saved_ || !written_ || now_ms - written_ms_ >= kQuiet) {
         save(now_ms);
         return;
     }
@@ -76,14 +62,9 @@ void SettingsSaver::after_change(int64_t now_ms)
 void SettingsSaver::save(int64_t now_ms)
 {
     std::shared_ptr<SoftwareConfig> config = Singleton<SoftwareConfig>::instance();
-    if (config->Serialize() != saved_ || counter_pending()) {
+    if (config->Serialize() != saved_) {
         written_ = true;
         written_ms_ = now_ms;
-    }
-    // The counter first: a power cut between the two loses a change, never
-    // lets one be played again.
-    if (auth_ != nullptr) {
-        auth_->save();
     }
     config->SaveConfig();
     config->ReadConfig();

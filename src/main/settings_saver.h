@@ -6,8 +6,6 @@
 
 #include <string>
 
-class DatagramAuth;
-
 // Saves the settings store after control datagrams so that a flood of
 // changes cannot wear out the flash: the first change after a quiet second
 // is saved at once, later ones within that second are saved together at
@@ -38,19 +36,6 @@ public:
         unlock();
     }
 
-    // The highest signature counter auth accepted is saved with the
-    // settings, and a new one alone is a change to save.
-    void keep_counter(DatagramAuth* auth);
-    // Runs work under the saver's lock, as a check of auth's counter must.
-    template <typename Work>
-    void locked(Work work)
-    {
-        if (lock()) {
-            work();
-            unlock();
-        }
-    }
-
     // When the pending save falls due; -1 when none is pending.
     int64_t due_ms();
     void save_if_due(int64_t now_ms);
@@ -62,7 +47,6 @@ private:
     void unlock();
     void after_change(int64_t now_ms);
     void save(int64_t now_ms);
-    bool counter_pending();
 
     pthread_mutex_t mutex_;
     bool pending_;
@@ -70,7 +54,6 @@ private:
     int64_t written_ms_;     // of the last write
     std::string saved_;      // the store's text as last saved
     std::string unsaved_;    // the text waiting to be written while pending_
-    DatagramAuth* auth_;     // whose counter is saved along, or nullptr
 };
 
 // The daemon's one saver, for its control server and its signal path.

@@ -193,6 +193,35 @@ int UDPSocket::RecvFrom(char* buf, long len)
         recvfrom(sock_fd, buf, length_of(len), 0, reinterpret_cast<sockaddr*>(&client_addr), &peer_addr_len));
 }
 
+int UDPSocket::RecvFrom(char* buf, long len, in_addr& destination)
+{
+    iovec data = {buf, length_of(len)};
+    // Room for the packet-info message and whatever else the kernel adds.
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof(in_pktinfo)) + 64];
+    msghdr message;
+    memset(&message, 0, sizeof(message));
+    message.msg_name = &client_addr;
+    message.msg_namelen = peer_addr_len;
+    message.msg_iov = &data;
+    message.msg_iovlen = 1;
+    message.msg_control = control;
+    message.msg_controllen = sizeof(control);
+    destination.s_addr = htonl(INADDR_ANY);
+    const ssize_t received = recvmsg(sock_fd, &message, 0);
+    if (received < 0) {
+        return -1;
+    }
+    for (cmsghdr* c = CMSG_FIRSTHDR(&message); c != nullptr; c = CMSG_NXTHDR(&message, c)) {
+        if (c->cmsg_level == IPPROTO_IP && c->cmsg_type == IP_PKTINFO) {
+            in_pktinfo info;
+            memcpy(&info, CMSG_DATA(c), sizeof(info));
+            // The header's destination: the group for a group datagram.
+            destination = info.ipi_addr;
+        }
+    }
+    return static_cast<int>(received);
+}
+
 int UDPSocket::SendTo(const char* buf, long len)
 {
     if (server_addr.sin_addr.s_addr == 0) {

@@ -35,6 +35,10 @@ public:
 
     // One datagram; the sender becomes the client address.
     int RecvFrom(char* buf, long len);
+    // The same, and the address the sender sent it to (a group's, or one
+    // of this host's): the packet's own, once SetPacketInfo is on; 0.0.0.0
+    // when the kernel did not say.
+    int RecvFrom(char* buf, long len, in_addr& destination);
     // To the peer of CreateUDPClient/AddBroadCast.
     int SendTo(const char* buf, long len);
     int SendTo(const char* ip, unsigned int port, const char* buf, long len);
@@ -58,6 +62,8 @@ public:
     int GetMulticastTTL();
     bool SetIpTTL(int ttl);
     bool SetMulticastTTL(int ttl);
+    // Each datagram then carries the address it was sent to.
+    bool SetPacketInfo(bool on);
 
 private:
     bool join_once(const char* group, const char* ifname, bool reuseaddr);

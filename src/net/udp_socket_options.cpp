@@ -80,3 +80,8 @@ bool UDPSocket::SetMulticastTTL(int ttl)
 {
     return set_int_option(IPPROTO_IP, IP_MULTICAST_TTL, ttl, "setsockopt():IP_MULTICAST_TTL");
 }
+
+bool UDPSocket::SetPacketInfo(bool on)
+{
+    return set_int_option(IPPROTO_IP, IP_PKTINFO, on ? 1 : 0, "setsockopt():IP_PKTINFO");
+}

@@ -128,8 +128,8 @@ class SimBox:
         with open(self.host(box_path), "rb" if binary else "r") as f:
             return f.read()
 
-    def start(self, *extra, cwd=None):
-        argv = EMULATOR + [self.program, "--root", self.root, "--out", self.out] + list(extra)
+    def start(self, *extra, cwd=None, wrapper=()):
+        argv = EMULATOR + list(wrapper) + [self.program, "--root", self.root, "--out", self.out] + list(extra)
         if self.netns is not None:
             argv = self.netns.exec_args(argv)
         self.proc = subprocess.Popen(argv, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,

@@ -51,9 +51,9 @@ class OperatorSegment(E2ETest):
         box = self.box(netns=netns or self.station(addr), files=files)
         return self.started(box, addr)
 
-    def started(self, box, addr):
+    def started(self, box, addr, wrapper=()):
         """box started and answering at addr."""
-        box.start()
+        box.start(wrapper=wrapper)
         box.wait_for("save config succeed")
         eventually(lambda: self.oledctl("get", "--box", addr, "--timeout", "0.3").returncode == 0, 15,
                    lambda: "box %s answering:\n%s" % (addr, "\n".join(box.output()[-20:])), every=0)

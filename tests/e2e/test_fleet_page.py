@@ -37,7 +37,8 @@ def chromium(profile):
 class FleetPage(OperatorSegment):
     def setUp(self):
         super().setUp()
-        self.boxes = [self.serving_box(a, files={"/data/oled.key": KEY} if a == BOXES[1] else None) for a in BOXES]
+        keyed = {"/data/oled.key": KEY, "/data/oled.counter": "1\n"}
+        self.boxes = [self.serving_box(a, files=keyed if a == BOXES[1] else None) for a in BOXES]
         key_file = self.boxes[1].host("/data/oled.key")
         run_dir = tempfile.mkdtemp(prefix="oledt-run-")
         self.addCleanup(shutil.rmtree, run_dir)

@@ -42,16 +42,20 @@ TEST(ReplyLimiter, FloodAtOneAddressGetsItsBytesAndAnOperatorIsAlwaysAnswered)
 
 }
 
-TEST(ReplyLimiter, ManyDestinationsShareTheWholeBoxCap)
+TEST(ReplyLimiter, ManyDestinationsShareTheWholeBoxCapButNotTheSignedShare)
 {
     ReplyLimiter limiter;
-    // Each second another 100 kB, whichever destinations ask.
+    // Each second another 100 kB, whichever destinations ask; signed
+    // queries (an operator's tool) get 40 kB at once and 20 kB a second
+    // beside them, wherever the operator is.
     for (int64_t ms : {0, 1000}) {
-        int sent = 0;
+        int sent = 0, signed_sent = 0;
         for (uint32_t address = 100; address < 400; ++address) {
             sent += limiter.allow(address + static_cast<uint32_t>(ms), kReply, ms) == ReplyLimiter::kSend;
+            signed_sent += limiter.allow(kThird, kReply, ms, true) == ReplyLimiter::kSend;
         }
         EXPECT_EQ(sent, 100) << ms;
+        EXPECT_EQ(signed_sent, ms == 0 ? 40 : 20) << ms;
     }
 }
 

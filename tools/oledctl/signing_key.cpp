@@ -8,7 +8,6 @@
 #include <cstring>
 
 #include "datagram_auth.h"
-#include "hmac_sha256.h"
 
 namespace signing {
 
@@ -42,11 +41,6 @@ std::uint64_t next_counter() {
         counter = std::max<std::uint64_t>(static_cast<std::uint64_t>(now.count()), previous + 1);
     } while (!last.compare_exchange_weak(previous, counter));
     return counter;
-}
-
-std::string sign(const std::string& payload, const std::string& key, std::uint64_t counter) {
-    const std::string signed_text = payload + "|auth=" + std::to_string(counter);
-    return signed_text + ":" + hmac_sha256_hex(key, signed_text);
 }
 
 }  // namespace signing

@@ -4,9 +4,8 @@
 #include <cstdint>
 #include <string>
 
-// Datagrams for boxes that hold a key (/data/oled.key): each ends in
-// "|auth=COUNTER:MAC", the MAC an HMAC-SHA256 with the key of every byte
-// before ":MAC".
+// The operator's side of boxes that hold a key (/data/oled.key): the key
+// file and the counters; the signature itself is the box's own format.
 namespace signing {
 
 // The key is the file's bytes as they stand, as many as the box takes. Empty result: fine, else a one-line reason.
@@ -16,8 +15,6 @@ std::string read_key_file(const std::string& path, std::string& key);
 // every counter this process used before, so neither a restarted tool
 // nor two datagrams within a microsecond repeat one.
 std::uint64_t next_counter();
-
-std::string sign(const std::string& payload, const std::string& key, std::uint64_t counter);
 
 }  // namespace signing
 

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "protocol.h"
+#include "signature_format.h"
 #include "signing_key.h"
 
 namespace {
@@ -70,7 +71,7 @@ std::string UdpClient::use_interface(const std::string& name) {
 
 std::string UdpClient::send(const std::string& address, unsigned short port, const std::string& unsigned_payload) {
     const std::string payload =
-        key_.empty() ? unsigned_payload : signing::sign(unsigned_payload, key_, signing::next_counter());
+        key_.empty() ? unsigned_payload : sign_datagram(unsigned_payload, key_, signing::next_counter(), address);
     // The box cuts what is longer, and the MAC would no longer match.
     if (!key_.empty() && payload.size() > protocol::kMaxDatagram) {
         return "signed datagram of " + std::to_string(payload.size()) + " bytes; a box reads at most " +
