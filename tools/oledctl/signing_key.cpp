@@ -2,33 +2,16 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <chrono>
-#include <cstdio>
-#include <cstring>
 
-#include "datagram_auth.h"
+#include "signature_format.h"
 
 namespace signing {
 
 std::string read_key_file(const std::string& path, std::string& key) {
-    std::FILE* file = std::fopen(path.c_str(), "rb");
-    int error = file == nullptr ? errno : 0;
-    char chunk[256];
-    std::size_t got;
-    while (file != nullptr && key.size() <= kAuthKeyMax && (got = std::fread(chunk, 1, sizeof chunk, file)) > 0) {
-        key.append(chunk, got);
-    }
-    if (file != nullptr) {
-        if (std::ferror(file)) error = errno;
-        std::fclose(file);
-    }
-    if (error != 0) return "key file " + path + ": cannot be read (" + std::strerror(error) + ")";
-    if (key.size() < kAuthKeyMin || key.size() > kAuthKeyMax) {
-        return "key file " + path + ": " + std::to_string(key.size()) + " bytes, a key has " +
-               std::to_string(kAuthKeyMin) + " to " + std::to_string(kAuthKeyMax);
-    }
-    return "";
+    bool missing = false;
+    const std::string unusable = ::read_key_file(path, key, missing);
+    return unusable.empty() ? "" : "key file " + path + ": " + unusable;
 }
 
 std::uint64_t next_counter() {

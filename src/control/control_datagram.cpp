@@ -207,55 +207,66 @@ void carry_out(const ControlKey& key, const std::string& value, Datagram& datagr
     }
 }
 
-void carry_out_item(const std::string& item, Datagram& datagram)
+// One item of a datagram, taken apart once.
+struct Item {
+    std::string key;
+    std::string value;      // up to its first line break; "" is no value
+    const ControlKey* command;  // nullptr: no key of the protocol
+};
+
+std::vector<Item> items_of(const std::string& text)
 {
-    std::vector<std::string> parts;
-    SplitString(item, parts, "=");
-    const std::string key = parts.empty() ? std::string() : parts[0];
-    const std::string value = parts.size() > 1 ? one_line(parts[1]) : std::string();
+    std::vector<std::string> texts;
+    SplitString(text, texts, "|");
+    std::vector<Item> items;
+    for (size_t i = 0; i < texts.size(); ++i) {
+        std::vector<std::string> parts;
+        SplitString(texts[i], parts, "=");
+        Item item;
+        item.key = parts.empty() ? std::string() : parts[0];
+        item.value = parts.size() > 1 ? one_line(parts[1]) : std::string();
+        item.command = find_control_key(item.key);
+        items.push_back(item);
+    }
+    return items;
+}
+
+void carry_out_item(const Item& item, Datagram& datagram)
+{
     // Without a value ("cpu", "cpu=") there is nothing to act on; only a
     // reply needs none.
-    if (value.empty() && key != "replyoled") {
+    if (item.value.empty() && item.key != "replyoled") {
         return;
     }
-    const ControlKey* command = find_control_key(key);
-    if (command == nullptr) {
+    if (item.command == nullptr) {
         puts("you send error command");
         return;
     }
-    const std::string refused = refusal(*command, value, datagram.context);
+    const std::string refused = refusal(*item.command, item.value, datagram.context);
     if (!refused.empty()) {
         printf("item refused, %s\n", refused.c_str());
         return;
     }
-    carry_out(*command, value, datagram);
+    carry_out(*item.command, item.value, datagram);
 }
 
 // Whether an item would change the box or send a reply elsewhere than to
 // its sender: only a key can allow that.
-bool needs_key(const std::string& item, const ControlPeer& sender)
+bool needs_key(const Item& item, const ControlPeer& sender)
 {
-    std::vector<std::string> parts;
-    SplitString(item, parts, "=");
-    const ControlKey* key = parts.empty() ? nullptr : find_control_key(parts[0]);
-    if (key == nullptr || parts.size() < 2 || parts[1].empty() || key->effect == ControlEffect::Marker) {
+    if (item.command == nullptr || item.value.empty() || item.command->effect == ControlEffect::Marker) {
         return false;
     }
-    std::vector<std::string> destination;
-    SplitString(parts[1], destination, ":");
-    return key->effect != ControlEffect::Reply || destination[0] != sender.address;
+    return item.command->effect != ControlEffect::Reply || item.value.substr(0, item.value.find(':')) != sender.address;
 }
 
 // On a box that asks for a key, a datagram that needs one is carried out
-// only when signed with it for destination; its signature is taken off
-// either way. A query that needs none is answered whatever its signature,
-// from the operators' share when the signature holds.
-bool permitted(std::string& command_text, const ControlPeer& sender, const std::string& destination,
-               DatagramAuth& auth, bool& signed_query)
+// only when signed with it for destination. A query that needs none is
+// answered whatever its signature, from the operators' share when the
+// signature holds.
+bool permitted(const std::vector<Item>& items, const Signature& signature, const ControlPeer& sender,
+               const std::string& destination, DatagramAuth& auth, bool& signed_query)
 {
-    const Signature signature = take_signature(command_text);
-    std::vector<std::string> items;
-    SplitString(command_text, items, "|");
     bool needed = false;
     for (size_t i = 0; i < items.size(); ++i) {
         needed = needed || needs_key(items[i], sender);
@@ -308,16 +319,17 @@ bool handle_control_datagram(const char* text, long length, const ControlPeer& s
         (context.local_address.empty() || command_text.find(context.local_address) == std::string::npos)) {
         return false;
     }
-    // Whether a key is asked for is settled before the server starts.
+    // Whether a key is asked for is settled before the server starts; its
+    // signature is taken off either way.
+    const bool keyed = context.auth != nullptr && context.auth->required();
+    const Signature signature = keyed ? take_signature(command_text) : Signature();
+    const std::vector<Item> items = items_of(command_text);
     bool signed_query = false;
-    if (context.auth != nullptr && context.auth->required() &&
-        !permitted(command_text, sender, destination, *context.auth, signed_query)) {
+    if (keyed && !permitted(items, signature, sender, destination, *context.auth, signed_query)) {
         return false;
     }
 
     std::shared_ptr<SoftwareConfig> config = Singleton<SoftwareConfig>::instance();
-    std::vector<std::string> items;
-    SplitString(command_text, items, "|");
     context.saver->change(now_ms, [&](const std::string* unsaved) {
         Datagram datagram = {*config, context, sender, sender.port, unsaved, signed_query, false};
         for (size_t i = 0; i < items.size(); ++i) {

@@ -4,7 +4,6 @@
 #include <stdint.h>
 #include <stdio.h>
 #include <string.h>
-#include <sys/stat.h>
 
 #include <sodium.h>
 
@@ -59,27 +58,21 @@ bool read_counter(const std::string& text, uint64_t& value)
 void DatagramAuth::load()
 {
     std::string key;
-    int error = 0;
-    if (!read_small_file(kKeyFile, kAuthKeyMax, key, error)) {
-        if (error == ENOENT) {
-            return;  // no key: the box stays open, as it always was
-        }
+    bool missing = false;
+    const std::string unusable = read_key_file(path_on_box(kKeyFile), key, missing);
+    if (missing) {
+        return;  // no key: the box stays open, as it always was
+    }
+    if (!unusable.empty()) {
         state_ = kBroken;
-        printf("%s: cannot be read (%s): every change is refused until it is fixed\n", kKeyFile, strerror(error));
+        printf("%s: %s: every change is refused until it is fixed\n", kKeyFile, unusable.c_str());
         return;
     }
-    if (key.size() < kAuthKeyMin || key.size() > kAuthKeyMax) {
-        state_ = kBroken;
-        printf("%s: %u bytes, a key has %u to %u: every change is refused until it is fixed\n", kKeyFile,
-               static_cast<unsigned>(key.size()), static_cast<unsigned>(kAuthKeyMin),
-               static_cast<unsigned>(kAuthKeyMax));
-        return;
-    }
-    struct stat mode;
-    if (stat(path_on_box(kKeyFile).c_str(), &mode) == 0 && (mode.st_mode & (S_IRGRP | S_IROTH)) != 0) {
+    if (readable_by_others(path_on_box(kKeyFile))) {
         printf("%s: readable by others than its owner: chmod 600 %s\n", kKeyFile, kKeyFile);
     }
     std::string counter;
+    int error = 0;
     if (!read_small_file(kCounterFile, 32, counter, error)) {
         state_ = kBroken;
         printf("%s: cannot be read (%s): every change is refused until it is fixed\n", kCounterFile,

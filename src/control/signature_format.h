@@ -1,5 +1,5 @@
-#ifndef OLED_MAIN_SIGNATURE_FORMAT_H
-#define OLED_MAIN_SIGNATURE_FORMAT_H
+#ifndef OLED_CONTROL_SIGNATURE_FORMAT_H
+#define OLED_CONTROL_SIGNATURE_FORMAT_H
 
 #include <stddef.h>
 #include <stdint.h>
@@ -15,6 +15,14 @@
 // Shorter keys are guessed too easily; longer ones are not key files.
 const size_t kAuthKeyMin = 16;
 const size_t kAuthKeyMax = 1024;
+
+// The key of a key file at path (as this host sees it): its bytes as they
+// stand. "" when it serves, else why not ("cannot be read (...)", "15
+// bytes, a key has 16 to 1024"); missing tells a file that is not there.
+std::string read_key_file(const std::string& path, std::string& key, bool& missing);
+
+// Whether others than its owner may read the file at path.
+bool readable_by_others(const std::string& path);
 
 // The trailing auth item of a datagram, taken apart.
 struct Signature {

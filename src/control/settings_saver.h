@@ -1,5 +1,5 @@
-#ifndef OLED_MAIN_SETTINGS_SAVER_H
-#define OLED_MAIN_SETTINGS_SAVER_H
+#ifndef OLED_CONTROL_SETTINGS_SAVER_H
+#define OLED_CONTROL_SETTINGS_SAVER_H
 
 #include <pthread.h>
 #include <stdint.h>

@@ -1,5 +1,10 @@
 #include "signature_format.h"
 
+#include <errno.h>
+#include <stdio.h>
+#include <string.h>
+#include <sys/stat.h>
+
 #include "hmac_sha256.h"
 
 namespace {
@@ -7,6 +12,37 @@ namespace {
 const char kAuthItem[] = "|auth=";
 
 }  // namespace
+
+std::string read_key_file(const std::string& path, std::string& key, bool& missing)
+{
+    key.clear();
+    FILE* f = fopen(path.c_str(), "rb");
+    int error = f == nullptr ? errno : 0;
+    char chunk[256];
+    size_t got;
+    while (f != nullptr && key.size() <= kAuthKeyMax && (got = fread(chunk, 1, sizeof(chunk), f)) > 0) {
+        key.append(chunk, got);
+    }
+    if (f != nullptr) {
+        error = ferror(f) ? errno : 0;
+        fclose(f);
+    }
+    missing = error == ENOENT;
+    if (error != 0) {
+        return std::string("cannot be read (") + strerror(error) + ")";
+    }
+    if (key.size() < kAuthKeyMin || key.size() > kAuthKeyMax) {
+        return std::to_string(key.size()) + " bytes, a key has " + std::to_string(kAuthKeyMin) + " to " +
+               std::to_string(kAuthKeyMax);
+    }
+    return "";
+}
+
+bool readable_by_others(const std::string& path)
+{
+    struct stat mode;
+    return stat(path.c_str(), &mode) == 0 && (mode.st_mode & (S_IRGRP | S_IROTH)) != 0;
+}
 
 std::string signature_mac(const std::string& key, const std::string& destination, const std::string& signed_text)
 {

@@ -1,5 +1,5 @@
-#ifndef OLED_MAIN_CONTROL_SERVER_H
-#define OLED_MAIN_CONTROL_SERVER_H
+#ifndef OLED_CONTROL_CONTROL_SERVER_H
+#define OLED_CONTROL_CONTROL_SERVER_H
 
 // The control server: serves the UDP control protocol on port, unicast and
 // the multicast group on eth0, until thread_oled_ump is cleared (noticed at

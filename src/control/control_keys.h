@@ -1,5 +1,5 @@
-#ifndef OLED_MAIN_CONTROL_KEYS_H
-#define OLED_MAIN_CONTROL_KEYS_H
+#ifndef OLED_CONTROL_CONTROL_KEYS_H
+#define OLED_CONTROL_CONTROL_KEYS_H
 
 #include <stddef.h>
 
