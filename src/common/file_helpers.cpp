@@ -84,7 +84,7 @@ void HexStrToByte(const char* hex, unsigned char* out, int length)
 int LinuxShell(const char* command, std::string& output)
 {
     output.clear();
-    FILE* stream = popen(command_on_box(command).c_str(), "r");
+    FILE* stream = popen(command_on_box(command).c_str(), "re");
     if (stream == nullptr) {
         return -1;
     }

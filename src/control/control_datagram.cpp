@@ -78,7 +78,7 @@ int pin_number(const std::string& text)
 std::string settings_reply()
 {
     std::string payload = "[oled]\n";
-    FILE* f = fopen(path_on_box(kSettingsFile).c_str(), "rb");
+    FILE* f = fopen(path_on_box(kSettingsFile).c_str(), "rbe");
     if (f == nullptr) {
         return payload;
     }

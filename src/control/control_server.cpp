@@ -1,6 +1,7 @@
 #include "control_server.h"
 
 #include <arpa/inet.h>
+#include <errno.h>
 #include <ifaddrs.h>
 #include <stdio.h>
 #include <string.h>
@@ -57,13 +58,25 @@ public:
         if (verdict != ReplyLimiter::kSend) {
             return;
         }
-        // A lost reply is not retried: the tool asks again.
-        socket_.SendTo(ip, port, payload.data(), bytes);
+        // A lost reply is not retried: the tool asks again. A send the
+        // system refuses (a firewall, full buffers) is said when the reason
+        // is new, else at most once a while, as the limiter's drops are.
+        const int64_t now = monotonic_ms();
+        if (socket_.SendTo(ip, port, payload.data(), bytes) >= 0) {
+            failed_errno_ = 0;
+        } else if (errno != failed_errno_ || now - failed_ms_ >= kTellMs) {
+            failed_errno_ = errno;
+            failed_ms_ = now;
+            printf("replyoled: cannot send to %s (%s)\n", ip, strerror(failed_errno_));
+        }
     }
 
 private:
+    static const int64_t kTellMs = ReplyLimiter::kTellEveryMs;
     UDPSocket& socket_;
     ReplyLimiter limiter_;
+    int failed_errno_ = 0;
+    int64_t failed_ms_ = 0;
 };
 
 // Every IPv4 address of the box's interfaces, network order.
@@ -83,16 +96,43 @@ std::vector<uint32_t> own_addresses()
     return addresses;
 }
 
-// Addresses come and go (a DHCP lease, a second address): looked at again
-// once a second at most, not once per datagram of a flood.
-const int64_t kOwnAddressesMs = 1000;
+// Addresses come and go (a DHCP lease that comes late, a cable plugged in
+// after boot, a second address): eth0 is looked at once a second, not once
+// per datagram of a flood.
+const int64_t kLookMs = 1000;
 
-// The next receive waits no longer than until a pending save falls due
-// (without one, for ever: 0). waiting_ms is the time-out the socket has.
+// The control plane follows eth0: its address is the one aimed datagrams
+// are matched against, and the group is joined on it as soon as it has
+// one, and again when it changes.
+void follow_interface(UDPSocket& socket, ControlContext& context, bool& joined)
+{
+    char address[NetworkInfo::kItemSize] = "";
+    if (!socket.GetNetworkInfo(kControlInterface, NetworkInfo::IF_ADDR, address)) {
+        address[0] = '\0';
+    }
+    context.own_addresses = own_addresses();
+    if (joined && context.local_address == address) {
+        return;
+    }
+    if (context.local_address != address) {
+        printf("%s: address %s\n", kControlInterface, address[0] != '\0' ? address : "none");
+    }
+    if (joined) {
+        socket.DropMemberShip();
+    }
+    // Still a member on eth0 (EADDRINUSE) when the address it lost could
+    // not be used to leave: as good as joined.
+    joined = address[0] != '\0' &&
+             (socket.AddMemberShip(kControlGroup, kControlInterface, true, 0) || errno == EADDRINUSE);
+    context.local_address = address;
+}
+
+// The next receive waits no longer than until a pending save falls due or
+// eth0 is to be looked at again. waiting_ms is the time-out the socket has.
 void wait_no_later_than(UDPSocket& socket, int64_t due_ms, int64_t& waiting_ms)
 {
-    const int64_t left = due_ms < 0 ? 0 : due_ms - monotonic_ms();
-    const int64_t wait = due_ms < 0 ? 0 : (left < 1 ? 1 : left);
+    const int64_t left = due_ms < 0 ? kLookMs : due_ms - monotonic_ms();
+    const int64_t wait = left < 1 ? 1 : (left > kLookMs ? kLookMs : left);
     if (wait != waiting_ms) {
         socket.SetTimeOut(static_cast<int>(wait / 1000), static_cast<int>(wait % 1000 * 1000));
         waiting_ms = wait;
@@ -101,28 +141,28 @@ void wait_no_later_than(UDPSocket& socket, int64_t due_ms, int64_t& waiting_ms)
 
 }  // namespace
 
-void oled_ump(unsigned int port)
+bool oled_ump(unsigned int port)
 {
     std::shared_ptr<SoftwareConfig> config = Singleton<SoftwareConfig>::instance();
     std::unique_ptr<UDPSocket> socket(new UDPSocket);
-    // Without the group the box still serves unicast; without the socket
-    // it serves nothing, and neither stops the daemon.
-    socket->CreateUDPServer(port, false, true);
-    socket->AddMemberShip(kControlGroup, kControlInterface, true, 0);
-    // A signature is checked against the address the datagram was sent to.
-    socket->SetPacketInfo(true);
-
-    // Read once: empty when eth0 has no address, and such a box obeys no
-    // aimed datagram.
-    char local_address[NetworkInfo::kItemSize] = "";
-    socket->GetNetworkInfo(kControlInterface, NetworkInfo::IF_ADDR, local_address);
+    // A box whose panel shows an address that nothing can reach is worse
+    // than one that ends and is restarted by its supervisor; a signature
+    // is checked against the address a datagram was sent to.
+    if (socket->CreateUDPServer(port, false, true) < 0 || !socket->SetPacketInfo(true)) {
+        printf("control server: cannot serve UDP port %u (%s)\n", port, strerror(errno));
+        return false;
+    }
 
     SocketReply reply(*socket);
     SettingsSaver& saver = process_settings_saver();
     DatagramAuth auth;
     auth.load();
-    ControlContext context = {local_address, pins_at_start(), &reply, &saver, &auth, own_addresses()};
-    int64_t addresses_ms = monotonic_ms();
+    // Without an address on eth0 a box obeys no aimed datagram, and serves
+    // unicast alone until the group can be joined.
+    ControlContext context = {"", pins_at_start(), &reply, &saver, &auth, {}};
+    bool joined = false;
+    follow_interface(*socket, context, joined);
+    int64_t looked_ms = monotonic_ms();
     // One byte more than the longest command, so the text always ends.
     char buf[kControlDatagramMax + 1];
     int64_t waiting_ms = 0;
@@ -132,9 +172,16 @@ void oled_ump(unsigned int port)
         wait_no_later_than(*socket, due, waiting_ms);
         in_addr to;
         const int received = socket->RecvFrom(buf, kControlDatagramMax, to);
-        saver.save_if_due(monotonic_ms());
+        const int64_t now = monotonic_ms();
+        saver.save_if_due(now);
+        if (now - looked_ms >= kLookMs) {
+            follow_interface(*socket, context, joined);
+            looked_ms = now;
+        }
         if (received < 0) {
-            if (due < 0) {
+            // A time-out is the pace of the looks; anything else must not
+            // spin the core.
+            if (errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR) {
                 usleep(kFailedReceivePause);
             }
             continue;
@@ -145,13 +192,9 @@ void oled_ump(unsigned int port)
         const ControlPeer sender = {from_text, ntohs(from.sin_port)};
         char to_text[20] = "";
         inet_ntop(AF_INET, &to, to_text, sizeof(to_text));
-        const int64_t now = monotonic_ms();
-        if (now - addresses_ms >= kOwnAddressesMs) {
-            context.own_addresses = own_addresses();
-            addresses_ms = now;
-        }
         handle_control_datagram(buf, received, sender, to_text, context, now);
     }
     socket.reset();
     config.reset();
+    return true;
 }

@@ -23,7 +23,7 @@ const uint64_t kCounterMax = INT64_MAX;
 // when it cannot be read.
 bool read_small_file(const char* path, size_t limit, std::string& bytes, int& error)
 {
-    FILE* f = fopen(path_on_box(path).c_str(), "rb");
+    FILE* f = fopen(path_on_box(path).c_str(), "rbe");
     if (f == nullptr) {
         error = errno;
         return false;

@@ -20,7 +20,7 @@ std::string store_text()
 
 }  // namespace
 
-SettingsSaver::SettingsSaver() : pending_(false), written_(false), written_ms_(0)
+SettingsSaver::SettingsSaver() : pending_(false), failed_(false), written_(false), written_ms_(0)
 {
     // An error-checking lock: a thread that takes it twice is told so
     // instead of waiting for itself.
@@ -48,6 +48,7 @@ void SettingsSaver::unlock()
 
 void SettingsSaver::after_change(int64_t now_ms)
 {
+    failed_ = false;
     const std::string text = store_text();
     // Nothing new to write (a query) is saved at once: the file is not
     // rewritten and the lines are printed as ever.
@@ -66,12 +67,23 @@ void SettingsSaver::save(int64_t now_ms)
         written_ = true;
         written_ms_ = now_ms;
     }
-    config->SaveConfig();
+    const std::string wanted = config->Serialize();
+    const bool saved = config->SaveConfig();
     config->ReadConfig();
+    // The file is the old one, whole: the change stays in memory (and in
+    // what replies show) and goes with the next save that can be made,
+    // not with a retry every second that would print the settings each
+    // time.
+    if (!saved) {
+        config->Restore(wanted);
+    }
     config->PrintConfig();
-    saved_ = config->Serialize();
-    pending_ = false;
-    unsaved_.clear();
+    failed_ = !saved;
+    pending_ = !saved;
+    unsaved_ = saved ? std::string() : wanted;
+    if (saved) {
+        saved_ = wanted;
+    }
 }
 
 int64_t SettingsSaver::due_ms()
@@ -79,7 +91,7 @@ int64_t SettingsSaver::due_ms()
     if (!lock()) {
         return -1;
     }
-    const int64_t due = pending_ ? written_ms_ + kQuiet : -1;
+    const int64_t due = pending_ && !failed_ ? written_ms_ + kQuiet : -1;
     unlock();
     return due;
 }
@@ -89,7 +101,7 @@ void SettingsSaver::save_if_due(int64_t now_ms)
     if (!lock()) {
         return;
     }
-    if (pending_ && now_ms - written_ms_ >= kQuiet) {
+    if (pending_ && !failed_ && now_ms - written_ms_ >= kQuiet) {
         save(now_ms);
     }
     unlock();

@@ -50,6 +50,7 @@ private:
 
     pthread_mutex_t mutex_;
     bool pending_;
+    bool failed_;            // the last save could not be made: the next change or a signal tries again
     bool written_;           // a write within the process's life
     int64_t written_ms_;     // of the last write
     std::string saved_;      // the store's text as last saved

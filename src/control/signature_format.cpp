@@ -16,7 +16,7 @@ const char kAuthItem[] = "|auth=";
 std::string read_key_file(const std::string& path, std::string& key, bool& missing)
 {
     key.clear();
-    FILE* f = fopen(path.c_str(), "rb");
+    FILE* f = fopen(path.c_str(), "rbe");
     int error = f == nullptr ? errno : 0;
     char chunk[256];
     size_t got;

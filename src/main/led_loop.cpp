@@ -93,7 +93,7 @@ bool video_signal()
 // Reads the carrier file; -1 when it cannot be read, else 1 for link up.
 int carrier()
 {
-    FILE* f = fopen(path_on_box("/sys/class/net/eth0/carrier").c_str(), "r");
+    FILE* f = fopen(path_on_box("/sys/class/net/eth0/carrier").c_str(), "re");
     if (f == nullptr) {
         puts("Open carrier error");
         return -1;

@@ -2,6 +2,7 @@
 
 #include <signal.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <unistd.h>
 
 #include "board_identity.h"
@@ -65,7 +66,11 @@ int oled_main()
     }
 
     // The port is fixed: the stored port keys do not choose it.
-    oled_ump(16124);
+    if (!oled_ump(16124)) {
+        // The workers still run: nothing at exit may wait for them.
+        fflush(stdout);
+        _exit(EXIT_FAILURE);
+    }
     config.reset();
     // Only a handled signal stops the control server: the ending thread
     // ends the process, with its status, and main must not race it.

@@ -33,7 +33,9 @@ int open_datagram_socket()
 {
     int fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     if (fd < 0) {
+        const int error = errno;  // the caller names the cause
         perror("can't create socket file");
+        errno = error;
     }
     return fd;
 }
@@ -69,7 +71,9 @@ int UDPSocket::CreateUDPServer(unsigned int port, bool nonblock, bool reuseaddr)
         return -1;
     }
     if (bind(sock_fd, reinterpret_cast<const sockaddr*>(&server_addr), kAddressSize) != 0) {
+        const int error = errno;  // the caller names the cause
         perror("bind error");
+        errno = error;
         return -1;
     }
     return sock_fd;

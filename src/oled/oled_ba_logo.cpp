@@ -47,7 +47,7 @@ void OLEDBaMaster::Show_Logo()
 
 void OLEDBaMaster::big_oled_show_logo()
 {
-    FILE* file = fopen("logo.bin", "rb");
+    FILE* file = fopen("logo.bin", "rbe");
     if (file == nullptr) {
         // The message carries the null handle, not the name.
         printf("Open file %s fail\n", "(null)");

@@ -14,7 +14,7 @@ std::atomic<unsigned long> g_launched(0);
 FILE* launch_reader(const char* command)
 {
     g_launched.fetch_add(1);
-    return popen(command_on_box(command).c_str(), "r");
+    return popen(command_on_box(command).c_str(), "re");
 }
 
 int close_reader(FILE* stream)

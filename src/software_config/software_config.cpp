@@ -69,7 +69,7 @@ std::vector<std::string> split_lines(const std::string& content)
 std::string read_file(const char* path)
 {
     std::string content;
-    FILE* f = fopen(path_on_box(path).c_str(), "rb");
+    FILE* f = fopen(path_on_box(path).c_str(), "rbe");
     if (f == nullptr) {
         return content;
     }

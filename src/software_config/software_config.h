@@ -67,6 +67,9 @@ public:
 
     // The 38 "key=value" lines exactly as saved.
     std::string Serialize() const;
+    // Takes back settings as Serialize gave them: a change whose save
+    // failed stays in the store until a save can be made.
+    void Restore(const std::string& serialized) { ApplySettingsText(serialized, values); }
 
     // Key name without "=" (nullptr above 37).
     static const char* KeyName(int id);
