@@ -1,8 +1,11 @@
 #include "cli_options.h"
 
+#include <cstdio>
+
 #include <cstdlib>
 
 #include "protocol.h"
+#include "signature_format.h"
 #include "signing_key.h"
 #include "subnets.h"
 
@@ -27,6 +30,13 @@ bool read_timeout(const std::string& text, double& seconds) {
 
 }  // namespace
 
+void warn_if_readable(const std::string& path) {
+    if (readable_by_others(path)) {
+        std::fprintf(stderr, "oledctl: warning: %s is readable by others than its owner: chmod 600 %s\n",
+                     path.c_str(), path.c_str());
+    }
+}
+
 std::string parse_cli(int argc, char** argv, CliOptions& options) {
     for (int i = 1; i < argc; ++i) {
         const std::string word = argv[i];
@@ -47,7 +57,8 @@ std::string parse_cli(int argc, char** argv, CliOptions& options) {
             options.json = true;
         } else if (word == "--box" || word == "--iface" || word == "--port" || word == "--timeout" ||
                    word == "--raw" || word == "--listen" || word == "--subnet" || word == "--token-file" ||
-                   word == "--format" || word == "--output" || word == "--key-file") {
+                   word == "--metrics-token-file" || word == "--format" || word == "--output" ||
+                   word == "--key-file") {
             if (!value_of(value)) return word + " needs a value";
             if (word == "--box") {
                 if (!protocol::is_ipv4(value)) return "bad address '" + value + "': expected dotted IPv4";
@@ -58,6 +69,8 @@ std::string parse_cli(int argc, char** argv, CliOptions& options) {
                 options.listen = value;
             } else if (word == "--token-file") {
                 options.token_file = value;
+            } else if (word == "--metrics-token-file") {
+                options.metrics_token_file = value;
             } else if (word == "--format") {
                 if (value != "text" && value != "json" && value != "prometheus-sd") {
                     return "bad format '" + value + "': text, json or prometheus-sd";
@@ -68,6 +81,7 @@ std::string parse_cli(int argc, char** argv, CliOptions& options) {
             } else if (word == "--key-file") {
                 const std::string error = signing::read_key_file(value, options.key);
                 if (!error.empty()) return error;
+                warn_if_readable(value);
             } else if (word == "--subnet") {
                 if (options.subnet_given) return "--subnet given twice: list the subnets in one, joined by commas";
                 const std::string error = subnets::parse(value, options.subnet_addresses);

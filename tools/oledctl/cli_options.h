@@ -22,6 +22,7 @@ struct CliOptions {
     std::string raw;
     std::string listen;  // serve: ADDRESS[:PORT] of the fleet page
     std::string token_file;  // serve: the session token comes from it
+    std::string metrics_token_file;  // serve: a token that only scrapes
     std::string key;  // --key-file's bytes: every datagram is signed with them
     std::vector<std::uint32_t> subnet_addresses;  // discover, serve: asked one by one
     bool subnet_given = false;
@@ -29,6 +30,10 @@ struct CliOptions {
 };
 
 // Empty result: options filled; otherwise a one-line reason.
+// A warning on standard error when others than its owner may read path
+// (a key or a token).
+void warn_if_readable(const std::string& path);
+
 std::string parse_cli(int argc, char** argv, CliOptions& options);
 
 #endif

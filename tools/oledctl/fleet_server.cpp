@@ -77,7 +77,7 @@ void send_metrics(httplib::Response& response, const Reply& reply) {
 // of ours, and bodies that are not worth reading, before the body is read;
 // everything else goes on to the routes.
 httplib::Server::HandlerResponse guard(const httplib::Request& request, httplib::Response& response,
-                                       const std::string& token) {
+                                       const std::string& token, const std::string& metrics_token) {
     std::string why_not;
     const int status = body_refusal(request, why_not);
     if (status != 0) {
@@ -89,7 +89,9 @@ httplib::Server::HandlerResponse guard(const httplib::Request& request, httplib:
     // A scrape names the server as its config does, a host name too; a
     // page that rebinds a name to us cannot send the token it lacks.
     if (request.path == "/metrics" || request.path == "/probe") {
-        if (same_token(request.get_header_value("Authorization"), "Bearer " + token)) {
+        const std::string given = request.get_header_value("Authorization");
+        if (same_token(given, "Bearer " + token) ||
+            (!metrics_token.empty() && same_token(given, "Bearer " + metrics_token))) {
             return httplib::Server::HandlerResponse::Unhandled;
         }
         response.status = 401;
@@ -169,9 +171,17 @@ int serve(const CliOptions& options) {
     if (!error.empty()) return fail(kBadInput, error);
     std::string token;
     std::string token_file = options.token_file;
+    std::string metrics_token;
+    if (!options.metrics_token_file.empty()) {
+        const std::string unusable = read_token_file(options.metrics_token_file, metrics_token);
+        if (!unusable.empty()) return fail(kBadInput, unusable);
+        warn_if_readable(options.metrics_token_file);
+    }
     if (!token_file.empty()) {
         const std::string unusable = read_token_file(token_file, token);
         if (!unusable.empty()) return fail(kBadInput, unusable);
+        warn_if_readable(token_file);
+        if (token == metrics_token) return fail(kBadInput, "the scrape token must differ from the session token");
     } else {
         token = new_token();
         if (token.empty()) return fail(kFailed, std::string("no random bytes for the session token: ") + std::strerror(errno));
@@ -212,12 +222,21 @@ int serve(const CliOptions& options) {
     // for the next request: with a scraper's pool of idle connections that
     // costs more than a new connection for each scrape.
     server.set_keep_alive_max_count(1);
+    // Each connection holds a worker until its headers are in, and the
+    // library has no deadline for them: a client silent for a second
+    // between two lines is let go, so slow connections sending a line every
+    // few seconds cannot hold every worker for long.
+    server.set_read_timeout(1, 0);
     server.set_pre_routing_handler(
-        [&token](const httplib::Request& request, httplib::Response& response) { return guard(request, response, token); });
+        [&](const httplib::Request& request, httplib::Response& response) {
+            return guard(request, response, token, metrics_token);
+        });
     // A client that asks before it sends a body (Expect: 100-continue)
     // learns the refusal and sends nothing.
-    server.set_expect_100_continue_handler([&token](const httplib::Request& request, httplib::Response& response) {
-        return guard(request, response, token) == httplib::Server::HandlerResponse::Handled ? response.status : 100;
+    server.set_expect_100_continue_handler([&](const httplib::Request& request, httplib::Response& response) {
+        return guard(request, response, token, metrics_token) == httplib::Server::HandlerResponse::Handled
+                   ? response.status
+                   : 100;
     });
     server.set_payload_max_length(kMaxBody);
     add_routes(server, api, network);

@@ -80,7 +80,8 @@ void usage(const std::string& verb) {
             protocol::kGroup, kSubnetHelp);
     } else if (verb == "serve") {
         std::printf(
-            "usage: oledctl serve [--listen ADDRESS[:PORT]] [--subnet CIDR[,CIDR...]] [--token-file FILE] [options]\n"
+            "usage: oledctl serve [--listen ADDRESS[:PORT]] [--subnet CIDR[,CIDR...]] [--token-file FILE]\n"
+            "                     [--metrics-token-file FILE] [options]\n"
             "Serves the fleet page, a table of every box on the segment to see and\n"
             "change in a browser, its JSON API and, for Prometheus, /probe?target=ADDRESS\n"
             "(one box per scrape) and /metrics (one discovery round per scrape), until\n"
@@ -90,8 +91,9 @@ void usage(const std::string& verb) {
             "readable by you only, to $XDG_RUNTIME_DIR/oledctl-serve-PORT.token\n"
             "($HOME when unset).\n"
             "  --token-file FILE  the session token is FILE's content (16 to 256\n"
-            "                   printable characters, no spaces), so that a scrape\n"
-            "                   config can name the same file\n%s",
+            "                   printable characters, no spaces)\n"
+            "  --metrics-token-file FILE  a second token, for Prometheus: it reads\n"
+            "                   /probe and /metrics and nothing else\n%s",
             kSubnetHelp);
     } else if (verb == "led-test") {
         std::printf(
@@ -267,7 +269,9 @@ int main(int argc, char** argv) {
     if (options.subnet_given && options.verb != "discover" && options.verb != "serve") {
         return fail(kBadInput, "--subnet is for discover and serve");
     }
-    if (!options.token_file.empty() && options.verb != "serve") return fail(kBadInput, "--token-file is for serve");
+    if ((!options.token_file.empty() || !options.metrics_token_file.empty()) && options.verb != "serve") {
+        return fail(kBadInput, "--token-file and --metrics-token-file are for serve");
+    }
     if (!options.format.empty() && options.verb != "discover") return fail(kBadInput, "--format is for discover");
     if (!options.output.empty() && options.format != "prometheus-sd") {
         return fail(kBadInput, "--output is for discover --format prometheus-sd");
@@ -279,7 +283,8 @@ int main(int argc, char** argv) {
     if (options.verb == "led-test") return run_led_test(options);
     if (options.verb == "serve") {
         if (!options.box.empty() || options.all || options.via_group || !options.arguments.empty()) {
-            return fail(kBadInput, "serve takes only --listen, --subnet, --token-file, --key-file, --iface, --port and --timeout");
+            return fail(kBadInput, "serve takes only --listen, --subnet, --token-file, --metrics-token-file, --key-file, --iface, --port "
+                        "and --timeout");
         }
         return fleet::serve(options);
     }
