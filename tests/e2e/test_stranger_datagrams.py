@@ -1,10 +1,10 @@
 """What a stranger on the box's network can do with one datagram at a
 time, against a box with a small panel holding each page 3 s: nothing that
-outlasts the datagram, loads the box, takes pins of other hardware, wears
-its flash out or turns it into an amplifier."""
+outlasts the datagram, loads the box or wears its flash out. (Items the
+box refuses and the replies it sends are shown by the unit tests of the
+control protocol, the reply budget under a flood by the keyed boxes' test.)"""
 
 import os
-import select
 import signal
 import time
 
@@ -12,20 +12,9 @@ from fault_box import FaultTest
 from harness import BOX, eventually, main
 
 SETTINGS = {"OLed_a_kind_start": "4", "OLed_a_sleep_tim": "3"}
-THIRD = "192.168.1.40"
-# Every key that takes text: the custom line and the pins.
-TEXT_KEYS = "oled_string sda scl cs dc res sml_sda sml_scl vcc gnd pwr_led cpu_led eth_led hdmi_led".split()
-
-
-def received_bytes(sock):
-    total = 0
-    while select.select([sock], [], [], 0.2)[0]:
-        total += len(sock.recv(65536))
-    return total
 
 
 class StrangerDatagrams(FaultTest):
-    EXTRA_PEER_ADDRESSES = (THIRD + "/24",)
 
     def setUp(self):
         super().setUp()
@@ -47,43 +36,6 @@ class StrangerDatagrams(FaultTest):
         # The daemon's and that of the probes it waited for.
         self.assertLess(sum(self.process.cpu_times()[:4]) - sum(before[:4]), 0.8)
         self.assertIn("\nOLed_a_sleep_tim=3\n", self.file())
-
-    def test_bad_items_are_refused_one_line_each_and_the_rest_apply(self):
-        start = len(self.box.output())
-        self.send("sleep=-5|cpu=0|oled_type=99|oled_string=%s|vi=0|oled_string=A\x1b[2J\x07B" % ("x" * 200))
-        self.send("sml_sda=9_1|vcc=9_3|gnd=9_4|pwr_led=1_0")  # pins of other hardware
-        self.send("sml_sda=0|vcc=0|pwr_led=4_3")  # a line off, or onto the panel's ground
-        self.settle()
-        self.assertEqual([line.split(":")[0][len("item refused, "):] for line in self.refused(start)],
-                         ["sleep", "oled_type", "oled_string", "oled_string", "sml_sda", "vcc", "gnd", "pwr_led",
-                          "pwr_led"])
-        for kept in ("OLed_a_sleep_tim=3", "OLed_a_kind_start=4", "OLed_a_small_n_buf=WELCOME", "OLed_a_cpu=0",
-                     "OLed_a_vi=0", "OLed_sml_SDINMUX=0", "OLed_sml_VCCMUX=0", "kLed_pwr_gpio=0"):
-            self.assertIn("\n%s\n" % kept, self.file())
-        self.assertNotIn("\x1b", "".join(self.box.output()))
-
-    def test_replies_bring_no_more_bytes_than_they_cost_and_none_to_the_box_itself(self):
-        listener = self.netns.udp_socket("127.0.0.1", 9000)
-        own = self.netns.udp_socket(BOX, 9000)
-        self.addCleanup(listener.close)
-        self.addCleanup(own.close)
-        self.send("replyoled=127.0.0.1:9000")
-        self.send("replyoled=%s:9000" % BOX)
-        for key in TEXT_KEYS:
-            self.send("%s=%s" % (key, "4_2" * 333))
-        self.settle()
-        self.assertLess(len(self.file()), 1200)
-        third = self.peer.udp_socket(THIRD, 9000)
-        self.addCleanup(third.close)
-        attack = ("replyoled=%s:9000" % THIRD).encode()
-        for i in range(7500):  # about 3 s
-            self.send(attack)
-            time.sleep(0.004 if i % 10 == 9 else 0)
-        self.settle()
-        received = received_bytes(third)
-        self.assertGreater(received, 0)
-        self.assertLessEqual(received, 7500 * len(attack))
-        self.assertEqual(received_bytes(listener) + received_bytes(own), 0)
 
     def test_a_flood_of_changes_writes_about_once_a_second(self):
         # Every save replaces the file: a new inode each time.

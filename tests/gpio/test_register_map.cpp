@@ -66,18 +66,12 @@ TEST(Memmap, RefusalsAndDeviceFailuresAreReportedAndTheOpenRetried)
               "memmap():open /nonexistent/mem error!\n");
 }
 
-// The diagnostic poke: an address alone maps it, with a value writes it
-// at once; texts that are no numbers are refused before any access.
-TEST(Himm, MapsOrWritesTheRegisterItNames)
+// The diagnostic poke writes the register it names.
+TEST(Himm, WritesTheRegisterItNames)
 {
     const RegisterFile& file = RegisterFile::instance();
     file.use();
-    char addr[] = "0x10030008", value[] = "305419896", bad[] = "0x1003000G";
-    EXPECT_EQ(at(himm(addr, nullptr)), at(memmap(0x10030008, 4)));
+    char addr[] = "0x10030008", value[] = "305419896";
     EXPECT_NE(himm(addr, value), nullptr);
     EXPECT_EQ(file.read(0x10030008), 0x12345678u);
-    CaptureStdout out;
-    EXPECT_EQ(himm(bad, nullptr), nullptr);
-    EXPECT_EQ(himm(addr, bad), nullptr);
-    EXPECT_EQ(out.text(), "ERROR:Please input addr like 0x12345678\nERROR:xxx\n");
 }
