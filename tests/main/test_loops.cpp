@@ -83,7 +83,11 @@ protected:
     {
         held_.clear();
         int count = 0;
+        waits_.clear();
         g_on_sleep = [this, flag, screens, &count](unsigned int seconds) {
+            if (count == 0) {
+                waits_.push_back(seconds);
+            }
             if (seconds == kHold) {
                 const std::vector<uint8_t> now = panel_->pixels();
                 held_.insert(held_.end(), now.begin(), now.end());
@@ -104,6 +108,7 @@ protected:
 
     ProbeScene box_{"good"};
     std::vector<uint8_t> held_;
+    std::vector<unsigned int> waits_;  // the sleeps up to the first screen held
 };
 
 TEST_F(Loops, OldPanelShowsOneLinePerScreenCustomTextFirstAndSecondInputs)
@@ -131,6 +136,8 @@ TEST_F(Loops, OldPanelIsSetUpAgainEveryEleventhPass)
     const std::string out = run(oled_small_loop, &thread_small_loop, 23);
     const std::string again = "old small oled\n192.168.1.20\n";
     EXPECT_EQ("oled_small_loop\nold small oled\n" + again + again + again + "oled_small_loop end\n", out);
+    // The old panel takes its second initialisation only 5 s after the first.
+    EXPECT_EQ(waits_, (std::vector<unsigned int>{5, 5, kHold}));
 }
 
 TEST_F(Loops, NewPanelsShowTwoLinesPerScreenCustomTextLast)

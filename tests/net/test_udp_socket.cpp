@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <arpa/inet.h>
+#include <dirent.h>
 #include <errno.h>
 #include <string.h>
 
@@ -28,7 +29,29 @@ std::string receive(UDPSocket& socket)
     return n < 0 ? "<nothing>" : std::string(buf, static_cast<size_t>(n));
 }
 
+int open_descriptors()
+{
+    int count = 0;
+    DIR* fds = opendir("/proc/self/fd");
+    while (fds != nullptr && readdir(fds) != nullptr) {
+        ++count;
+    }
+    closedir(fds);
+    return count;
+}
+
 }  // namespace
+
+TEST(UDPSocket, ClosesItsDescriptorWhenDestroyed)
+{
+    const int before = open_descriptors();
+    {
+        UDPSocket socket;
+        ASSERT_GE(socket.CreateUDPServer(0, false, true), 0);
+        EXPECT_EQ(open_descriptors(), before + 1);
+    }
+    EXPECT_EQ(open_descriptors(), before);
+}
 
 TEST(UDPSocket, ServesAnswersJoinsDrainsAndReportsEachFailure)
 {

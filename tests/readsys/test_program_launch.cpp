@@ -1,4 +1,6 @@
 #include <gtest/gtest.h>
+
+#include <signal.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -85,6 +87,23 @@ TEST(ProgramLaunch, DescriptorsNeitherReachTheProgramNorOutliveIt)
     }
     EXPECT_EQ(open_descriptors(), before);
     EXPECT_EQ(waitpid(other, &status, 0), other);
+}
+
+// A parent that ignores SIGCHLD has its children reaped for it: waitpid
+// fails with ECHILD, and the launch must give up rather than wait on.
+TEST(ProgramLaunch, AProgramReapedByTheSystemEndsTheWait)
+{
+    ProbeScene scene("");
+    ProgramCommand command;
+    ASSERT_TRUE(parse_program_command("true", command));
+    struct sigaction ignore = {}, old = {};
+    ignore.sa_handler = SIG_IGN;
+    sigaction(SIGCHLD, &ignore, &old);
+    int status = 0;
+    const ProgramStart start = run_program(command, status);
+    sigaction(SIGCHLD, &old, nullptr);
+    EXPECT_EQ(start, ProgramStart::started);
+    EXPECT_EQ(status, -1);
 }
 
 TEST(ProgramLaunch, PlainProgramCallsAreTheOnlyOnesStartedWithoutAShell)
