@@ -9,6 +9,7 @@
 
 #include "board_defaults.h"
 #include "control_keys.h"
+#include "control_stats.h"
 #include "datagram_auth.h"
 #include "file_helpers.h"
 #include "path_on_box.h"
@@ -113,12 +114,20 @@ bool no_reply_address(const std::string& address, const std::vector<uint32_t>& o
 struct Datagram {
     SoftwareConfig& config;
     const ControlContext& context;
+    const ControlPeer& sender;
     ControlPeer destination;  // of replies: the sender until an item names another
     unsigned int sender_port;
     const std::string* unsaved;  // the settings waiting to be written, or nullptr
     bool signed_query;           // carried a signature made with the box's key
     bool replied;                // a datagram gets one reply, however many it asks
 };
+
+void count(const ControlContext& context, unsigned long ControlStats::*what)
+{
+    if (context.stats != nullptr) {
+        ++(context.stats->*what);
+    }
+}
 
 void send_reply(const std::string& value, Datagram& datagram)
 {
@@ -132,6 +141,7 @@ void send_reply(const std::string& value, Datagram& datagram)
         const std::string address = parts.empty() ? std::string() : parts[0];
         if (address.size() > kReplyAddressMax) {
             puts("replyoled: destination address longer than 15 characters, no reply");
+            count(datagram.context, &ControlStats::held_refused_destination);
             return;
         }
         datagram.destination.address = address;
@@ -144,12 +154,27 @@ void send_reply(const std::string& value, Datagram& datagram)
     if (no_reply_address(address, datagram.context.own_addresses)) {
         printf("replyoled: no reply to %s (the box's own, loopback, multicast, broadcast or unspecified)\n",
                shown_value(address).c_str());
+        count(datagram.context, &ControlStats::held_refused_destination);
         return;
     }
     // While a save waits, the file is behind the settings: the reply shows
     // them as they will be saved.
     const std::string payload = datagram.unsaved != nullptr ? "[oled]\n" + *datagram.unsaved : settings_reply();
     datagram.context.reply->send(address.c_str(), datagram.destination.port, payload, datagram.signed_query);
+}
+
+// The counts go to the sender alone, within the datagram's one reply.
+void send_stats(Datagram& datagram)
+{
+    const ControlContext& context = datagram.context;
+    if (datagram.replied || context.stats == nullptr) {
+        return;
+    }
+    datagram.replied = true;
+    ControlStats stats = *context.stats;
+    stats.counter_saves = context.auth != nullptr ? context.auth->counter_saves() : 0;
+    const std::string payload = stats_reply(stats, context.saver->saves(), context.started);
+    context.reply->send(datagram.sender.address.c_str(), datagram.sender.port, payload, datagram.signed_query);
 }
 
 // Why the box refuses value for key, "" when it takes it.
@@ -204,6 +229,9 @@ void carry_out(const ControlKey& key, const std::string& value, Datagram& datagr
     case ControlEffect::Reply:
         send_reply(value, datagram);
         break;
+    case ControlEffect::Stats:
+        send_stats(datagram);
+        break;
     }
 }
 
@@ -240,21 +268,28 @@ void carry_out_item(const Item& item, Datagram& datagram)
     }
     if (item.command == nullptr) {
         puts("you send error command");
+        count(datagram.context, &ControlStats::items_unknown_key);
         return;
     }
     const std::string refused = refusal(*item.command, item.value, datagram.context);
     if (!refused.empty()) {
         printf("item refused, %s\n", refused.c_str());
+        count(datagram.context, &ControlStats::items_bad_value);
         return;
     }
     carry_out(*item.command, item.value, datagram);
+    const ControlEffect effect = item.command->effect;
+    if (effect != ControlEffect::Reply && effect != ControlEffect::Stats && effect != ControlEffect::Marker) {
+        count(datagram.context, &ControlStats::changes_applied);
+    }
 }
 
 // Whether an item would change the box or send a reply elsewhere than to
 // its sender: only a key can allow that.
 bool needs_key(const Item& item, const ControlPeer& sender)
 {
-    if (item.command == nullptr || item.value.empty() || item.command->effect == ControlEffect::Marker) {
+    if (item.command == nullptr || item.value.empty() || item.command->effect == ControlEffect::Marker ||
+        item.command->effect == ControlEffect::Stats) {
         return false;
     }
     return item.command->effect != ControlEffect::Reply || item.value.substr(0, item.value.find(':')) != sender.address;
@@ -264,8 +299,31 @@ bool needs_key(const Item& item, const ControlPeer& sender)
 // only when signed with it for destination. A query that needs none is
 // answered whatever its signature, from the operators' share when the
 // signature holds.
+void count_refusal(DatagramAuth::Refusal why, ControlStats* stats)
+{
+    if (stats == nullptr) {
+        return;
+    }
+    switch (why) {
+    case DatagramAuth::kNotSigned:
+        ++stats->not_signed;
+        break;
+    case DatagramAuth::kWrongMac:
+        ++stats->wrong_mac;
+        break;
+    case DatagramAuth::kOldCounter:
+        ++stats->old_counter;
+        break;
+    case DatagramAuth::kUnusable:
+        ++stats->unusable_key_or_counter;
+        break;
+    case DatagramAuth::kNone:
+        break;
+    }
+}
+
 bool permitted(const std::vector<Item>& items, const Signature& signature, const ControlPeer& sender,
-               const std::string& destination, DatagramAuth& auth, bool& signed_query)
+               const std::string& destination, DatagramAuth& auth, bool& signed_query, ControlStats* stats)
 {
     bool needed = false;
     for (size_t i = 0; i < items.size(); ++i) {
@@ -278,6 +336,7 @@ bool permitted(const std::vector<Item>& items, const Signature& signature, const
     const std::string refused = auth.accept(signature, destination, true);
     if (!refused.empty()) {
         printf("refused a datagram from %s:%u: %s\n", sender.address.c_str(), sender.port, refused.c_str());
+        count_refusal(auth.refused_as(), stats);
     }
     signed_query = refused.empty();
     return refused.empty();
@@ -305,6 +364,7 @@ PinsAtStart pins_at_start()
 bool handle_control_datagram(const char* text, long length, const ControlPeer& sender, const std::string& destination,
                              ControlContext& context, int64_t now_ms)
 {
+    count(context, &ControlStats::datagrams_received);
     if (text == nullptr || length < 2) {
         return false;
     }
@@ -317,6 +377,7 @@ bool handle_control_datagram(const char* text, long length, const ControlPeer& s
     // occurs in every text).
     if (command_text.find("controlled") != std::string::npos &&
         (context.local_address.empty() || command_text.find(context.local_address) == std::string::npos)) {
+        count(context, &ControlStats::aimed_elsewhere);
         return false;
     }
     // Whether a key is asked for is settled before the server starts; its
@@ -325,13 +386,13 @@ bool handle_control_datagram(const char* text, long length, const ControlPeer& s
     const Signature signature = keyed ? take_signature(command_text) : Signature();
     const std::vector<Item> items = items_of(command_text);
     bool signed_query = false;
-    if (keyed && !permitted(items, signature, sender, destination, *context.auth, signed_query)) {
+    if (keyed && !permitted(items, signature, sender, destination, *context.auth, signed_query, context.stats)) {
         return false;
     }
 
     std::shared_ptr<SoftwareConfig> config = Singleton<SoftwareConfig>::instance();
     context.saver->change(now_ms, [&](const std::string* unsaved) {
-        Datagram datagram = {*config, context, sender, sender.port, unsaved, signed_query, false};
+        Datagram datagram = {*config, context, sender, sender, sender.port, unsaved, signed_query, false};
         for (size_t i = 0; i < items.size(); ++i) {
             carry_out_item(items[i], datagram);
         }

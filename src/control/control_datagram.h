@@ -9,6 +9,7 @@
 
 class DatagramAuth;
 class SettingsSaver;
+struct ControlStats;
 
 // Longest command text: a datagram is cut here and its text ends there.
 const int kControlDatagramMax = 1024;
@@ -44,6 +45,8 @@ struct ControlContext {
     // Every address of the box (network order): its local services
     // listen there, so no reply goes to one.
     std::vector<uint32_t> own_addresses;
+    ControlStats* stats = nullptr;  // counts what datagrams did, or nullptr
+    long long started = 0;          // the daemon's start, Unix seconds
 };
 
 // The pins of every pin setting as the daemon starts.

@@ -114,6 +114,7 @@ const ControlKey kControlKeys[] = {
     {"hdmi_led", E::StoreOnly, V::Pin, 0, 0, "kLed_hdmi_gpio", "video LED pin"},
     {"test", E::LedTest, V::Integer, 0, 2147483647L, "", "LED test: non-zero lights the LEDs (not stored)"},
     {"replyoled", E::Reply, V::Text, 0, 0, "", "sends the settings file to ADDRESS:PORT, or to the sender"},
+    {"replystats", E::Stats, V::Text, 0, 0, "", "sends what the box took and refused since it started, to the sender"},
 };
 
 const size_t kControlKeyCount = sizeof(kControlKeys) / sizeof(kControlKeys[0]);

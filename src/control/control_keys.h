@@ -17,7 +17,8 @@ enum class ControlEffect {
     CustomText,  // stored and shown as the custom line
     SleepTime,   // stored and made the page time
     LedTest,     // LED test mode; not stored
-    Reply        // sends the settings file
+    Reply,       // sends the settings file
+    Stats        // sends the control server's counts to the sender
 };
 
 struct ControlKey {

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "control_datagram.h"
+#include "control_stats.h"
 #include "datagram_auth.h"
 #include "reply_limiter.h"
 #include "runtime_settings.h"
@@ -45,7 +46,7 @@ int64_t monotonic_ms()
 // budget.
 class SocketReply : public ReplySender {
 public:
-    explicit SocketReply(UDPSocket& socket) : socket_(socket) {}
+    SocketReply(UDPSocket& socket, ControlStats& stats) : socket_(socket), stats_(stats) {}
 
     void send(const char* ip, unsigned int port, const std::string& payload, bool signed_query) override
     {
@@ -56,6 +57,9 @@ public:
             printf("replyoled: replies are being limited, one to %s dropped\n", ip);
         }
         if (verdict != ReplyLimiter::kSend) {
+            const bool own = limiter_.held_by() == ReplyLimiter::kPerDestination;
+            ++(own ? stats_.held_per_destination : stats_.held_whole_box);
+            (own ? stats_.bytes_held_per_destination : stats_.bytes_held_whole_box) += static_cast<unsigned long>(bytes);
             return;
         }
         // A lost reply is not retried: the tool asks again. A send the
@@ -64,6 +68,8 @@ public:
         const int64_t now = monotonic_ms();
         if (socket_.SendTo(ip, port, payload.data(), bytes) >= 0) {
             failed_errno_ = 0;
+            ++stats_.replies_sent;
+            stats_.reply_bytes_sent += static_cast<unsigned long>(bytes);
         } else if (errno != failed_errno_ || now - failed_ms_ >= kTellMs) {
             failed_errno_ = errno;
             failed_ms_ = now;
@@ -74,6 +80,7 @@ public:
 private:
     static const int64_t kTellMs = ReplyLimiter::kTellEveryMs;
     UDPSocket& socket_;
+    ControlStats& stats_;
     ReplyLimiter limiter_;
     int failed_errno_ = 0;
     int64_t failed_ms_ = 0;
@@ -153,13 +160,14 @@ bool oled_ump(unsigned int port)
         return false;
     }
 
-    SocketReply reply(*socket);
+    ControlStats stats;
+    SocketReply reply(*socket, stats);
     SettingsSaver& saver = process_settings_saver();
     DatagramAuth auth;
     auth.load();
     // Without an address on eth0 a box obeys no aimed datagram, and serves
     // unicast alone until the group can be joined.
-    ControlContext context = {"", pins_at_start(), &reply, &saver, &auth, {}};
+    ControlContext context = {"", pins_at_start(), &reply, &saver, &auth, {}, &stats, static_cast<long long>(time(nullptr))};
     bool joined = false;
     follow_interface(*socket, context, joined);
     int64_t looked_ms = monotonic_ms();

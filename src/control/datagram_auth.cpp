@@ -94,15 +94,19 @@ void DatagramAuth::load()
 
 std::string DatagramAuth::accept(const Signature& signature, const std::string& destination, bool change)
 {
+    refused_as_ = kUnusable;
     if (state_ == kOpen) {
+        refused_as_ = kNone;
         return "";
     }
     if (state_ == kBroken) {
         return "the box's key or counter file is unusable";
     }
+    refused_as_ = kNotSigned;
     if (!signature.present) {
         return "not signed";
     }
+    refused_as_ = kWrongMac;
     // The MAC first, in time that does not depend on where it differs: a
     // stranger learns nothing, not even whether the counter would do.
     const std::string expected = signature_mac(key_, destination, signature.signed_text);
@@ -110,15 +114,19 @@ std::string DatagramAuth::accept(const Signature& signature, const std::string& 
         return "wrong MAC";
     }
     uint64_t counter = 0;
+    refused_as_ = kOldCounter;
     if (!read_counter(signature.counter, counter)) {
         return "counter not a number from 1 to 2^63-1";
     }
     if (counter <= highest_) {
         return "counter " + signature.counter + " not above the last accepted";
     }
+    refused_as_ = kUnusable;
     if (change && !write_file_durably(kCounterFile, std::to_string(counter) + "\n")) {
         return "counter cannot be saved to " + std::string(kCounterFile);
     }
+    counter_saves_ += change ? 1 : 0;
+    refused_as_ = kNone;
     highest_ = counter;
     return "";
 }

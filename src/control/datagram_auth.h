@@ -34,11 +34,18 @@ public:
     // flash is not worn by polling).
     std::string accept(const Signature& signature, const std::string& destination, bool change);
 
+    enum Refusal { kNone, kNotSigned, kWrongMac, kOldCounter, kUnusable };
+    // Why the last accept refused, for the counts.
+    Refusal refused_as() const { return refused_as_; }
+    unsigned long counter_saves() const { return counter_saves_; }
+
 private:
     enum State { kOpen, kKeyed, kBroken };
     State state_ = kOpen;
     std::string key_;
     uint64_t highest_ = 0;
+    Refusal refused_as_ = kNone;
+    unsigned long counter_saves_ = 0;
 };
 
 #endif

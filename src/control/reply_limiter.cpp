@@ -19,7 +19,7 @@ void refill(int64_t& tokens, int64_t& refilled_ms, int64_t now_ms, int rate, int
 
 }  // namespace
 
-ReplyLimiter::ReplyLimiter() : told_ms_(0), told_(false)
+ReplyLimiter::ReplyLimiter() : told_ms_(0), told_(false), held_by_(kWholeBox)
 {
     for (int i = 0; i < kDestinations; ++i) {
         destinations_[i].in_use = false;
@@ -60,6 +60,7 @@ ReplyLimiter::Verdict ReplyLimiter::allow(uint32_t destination, long bytes, int6
             signed_.tokens -= cost;
             return kSend;
         }
+        held_by_ = kSignedShare;
         return told(now_ms);
     }
     Bucket& own = find(destination, now_ms).bucket;
@@ -72,6 +73,7 @@ ReplyLimiter::Verdict ReplyLimiter::allow(uint32_t destination, long bytes, int6
         whole_box_.tokens -= cost;
         return kSend;
     }
+    held_by_ = own.tokens < cost ? kPerDestination : kWholeBox;
     return told(now_ms);
 }
 

@@ -40,7 +40,11 @@ public:
     static const int kSignedBurstBytes = 40000;
     static const int64_t kTellEveryMs = 10 * 1000;
 
+    // Which budget held the last reply back.
+    enum Cause { kPerDestination, kWholeBox, kSignedShare };
+
     ReplyLimiter();
+    Cause held_by() const { return held_by_; }
 
     // Whether a reply of bytes to destination (IPv4 address, network
     // order) may be sent at now_ms; a reply allowed is counted as sent. A
@@ -69,6 +73,7 @@ private:
     Bucket signed_;
     int64_t told_ms_;
     bool told_;
+    Cause held_by_;
 };
 
 #endif

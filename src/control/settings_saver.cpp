@@ -82,6 +82,7 @@ void SettingsSaver::save(int64_t now_ms)
     pending_ = !saved;
     unsaved_ = saved ? std::string() : wanted;
     if (saved) {
+        saves_ = saves_ + (wanted != saved_ ? 1 : 0);
         saved_ = wanted;
     }
 }

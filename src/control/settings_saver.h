@@ -6,6 +6,8 @@
 
 #include <string>
 
+#include "relaxed_atomic.h"
+
 // Saves the settings store after control datagrams so that a flood of
 // changes cannot wear out the flash: the first change after a quiet second
 // is saved at once, later ones within that second are saved together at
@@ -36,6 +38,10 @@ public:
         unlock();
     }
 
+    // Settings files written since the daemon started; read without the
+    // lock, which a datagram's items hold while they are carried out.
+    unsigned long saves() const { return saves_; }
+
     // When the pending save falls due; -1 when none is pending.
     int64_t due_ms();
     void save_if_due(int64_t now_ms);
@@ -50,7 +56,8 @@ private:
 
     pthread_mutex_t mutex_;
     bool pending_;
-    bool failed_;            // the last save could not be made: the next change or a signal tries again
+    bool failed_;
+    RelaxedAtomic<unsigned long> saves_{0};            // the last save could not be made: the next change or a signal tries again
     bool written_;           // a write within the process's life
     int64_t written_ms_;     // of the last write
     std::string saved_;      // the store's text as last saved

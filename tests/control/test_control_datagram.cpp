@@ -8,6 +8,7 @@
 
 #include "capture_stdout.h"
 #include "control_datagram.h"
+#include "control_stats.h"
 #include "runtime_settings.h"
 #include "settings_saver.h"
 #include "singleton.h"
@@ -56,7 +57,7 @@ protected:
     {
         CaptureStdout out;
         now_ms = at_ms >= 0 ? at_ms : now_ms + 2000;
-        ControlContext context = {local, pins, &replies, &saver, nullptr, {inet_addr("10.0.0.7")}};
+        ControlContext context = {local, pins, &replies, &saver, nullptr, {inet_addr("10.0.0.7")}, &stats, 1700000000};
         const bool obeyed = handle_control_datagram(text.data(), static_cast<long>(text.size()),
                                                     ControlPeer{"192.168.1.1", 40000}, local, context, now_ms);
         printed = out.text();
@@ -85,6 +86,7 @@ protected:
 
     TempRoot root;
     PinsAtStart pins;
+    ControlStats stats;
     CollectReplies replies;
     SettingsSaver saver;
     int64_t now_ms = 0;
@@ -251,6 +253,23 @@ TEST_F(ControlDatagram, OneReplyPerDatagramToTheSenderOrTheNamedDestination)
         ASSERT_TRUE(handle(c.first));
         EXPECT_EQ(replies.to, c.second) << c.first;
         EXPECT_EQ(count("replyoled: "), c.second.empty()) << c.first;
+    }
+}
+
+TEST_F(ControlDatagram, CountsWhatDatagramsDidAndTellsTheSenderAlone)
+{
+    handle("cpu=0|bogus=1|sleep=0|replyoled=127.0.0.1:9");
+    handle("controlled=10.9.9.9|cpu=1");
+    replies.to.clear();
+    handle("replystats=10.0.0.5:9|replyoled");
+    ASSERT_EQ(replies.to, std::vector<std::string>{"192.168.1.1:40000"});
+    const std::string& text = replies.payloads.back();
+    EXPECT_EQ(text.find("[oledstats]\nversion="), 0u) << text;
+    for (const char* line : {"\nstart_time=1700000000\ndatagrams_received=3\nchanges_applied=1\n"
+                             "items_refused_bad_value=1\nitems_refused_unknown_key=1\n"
+                             "items_refused_aimed_elsewhere=1\n",
+                             "\nreplies_held_refused_destination=1\n", "\nsettings_saves=1\n"}) {
+        EXPECT_NE(text.find(line), std::string::npos) << line << " in\n" << text;
     }
 }
 

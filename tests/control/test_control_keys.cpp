@@ -49,7 +49,7 @@ TEST(ControlKeys, EveryKeyTakesItsLimitsAndNothingBeyond)
             }
         }
     }
-    // And the marker and the reply, which carry no setting: every key.
-    EXPECT_EQ(keys + 2, kControlKeyCount);
+    // And the marker and the two queries, which carry no setting: every key.
+    EXPECT_EQ(keys + 3, kControlKeyCount);
     EXPECT_EQ(find_control_key("Cpu"), nullptr);
 }

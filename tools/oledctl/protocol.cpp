@@ -14,7 +14,9 @@ const std::vector<Command>& command_table() {
         std::vector<Command> settable;
         for (std::size_t i = 0; i < kControlKeyCount; ++i) {
             const ControlKey& key = kControlKeys[i];
-            if (key.effect != ControlEffect::Marker && key.effect != ControlEffect::Reply) settable.push_back(key);
+            if (key.effect != ControlEffect::Marker && key.effect != ControlEffect::Reply && key.effect != ControlEffect::Stats) {
+                settable.push_back(key);
+            }
         }
         return settable;
     }();
