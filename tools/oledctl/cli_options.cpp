@@ -55,6 +55,8 @@ std::string parse_cli(int argc, char** argv, CliOptions& options) {
             options.via_group = true;
         } else if (word == "--json") {
             options.json = true;
+        } else if (word == "--stats") {
+            options.stats = true;
         } else if (word == "--box" || word == "--iface" || word == "--port" || word == "--timeout" ||
                    word == "--raw" || word == "--listen" || word == "--subnet" || word == "--token-file" ||
                    word == "--metrics-token-file" || word == "--format" || word == "--output" ||

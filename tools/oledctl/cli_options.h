@@ -16,6 +16,7 @@ struct CliOptions {
     unsigned short port = 16124;
     double timeout = 2.0;
     bool json = false;
+    bool stats = false;  // get: the box's counts
     std::string format;  // discover: "text", "json" or "prometheus-sd"
     std::string output;  // discover --format prometheus-sd: the file it keeps
     bool raw_given = false;

@@ -125,7 +125,66 @@ std::string exposition(const std::vector<fleet::BoxState>& boxes) {
     return out;
 }
 
-std::string probe(bool answered, double seconds, const protocol::Settings& settings) {
+namespace {
+
+// The box's counts as series: key in its reply, family, label.
+struct StatSeries {
+    const char* key;
+    const char* family;
+    const char* label;
+};
+
+const StatSeries kStatSeries[] = {
+    {"datagrams_received", "oled_box_datagrams_received_total", ""},
+    {"changes_applied", "oled_box_changes_applied_total", ""},
+    {"items_refused_bad_value", "oled_box_items_refused_total", "reason=\"bad_value\""},
+    {"items_refused_unknown_key", "oled_box_items_refused_total", "reason=\"unknown_key\""},
+    {"items_refused_aimed_elsewhere", "oled_box_items_refused_total", "reason=\"aimed_elsewhere\""},
+    {"datagrams_refused_not_signed", "oled_box_datagrams_refused_total", "reason=\"not_signed\""},
+    {"datagrams_refused_wrong_mac", "oled_box_datagrams_refused_total", "reason=\"wrong_mac\""},
+    {"datagrams_refused_old_counter", "oled_box_datagrams_refused_total", "reason=\"old_counter\""},
+    {"datagrams_refused_unusable_key_or_counter", "oled_box_datagrams_refused_total",
+     "reason=\"unusable_key_or_counter\""},
+    {"replies_sent", "oled_box_replies_sent_total", ""},
+    {"reply_bytes_sent", "oled_box_reply_bytes_sent_total", ""},
+    {"replies_held_per_destination", "oled_box_replies_held_total", "cause=\"per_destination\""},
+    {"replies_held_whole_box", "oled_box_replies_held_total", "cause=\"whole_box\""},
+    {"replies_held_refused_destination", "oled_box_replies_held_total", "cause=\"refused_destination\""},
+    {"reply_bytes_held_per_destination", "oled_box_reply_bytes_held_total", "cause=\"per_destination\""},
+    {"reply_bytes_held_whole_box", "oled_box_reply_bytes_held_total", "cause=\"whole_box\""},
+    {"settings_saves", "oled_box_saves_total", "file=\"settings\""},
+    {"counter_saves", "oled_box_saves_total", "file=\"counter\""},
+    {"start_time", "oled_box_start_time_seconds", ""},
+};
+
+const char* stat_help(const std::string& family) {
+    if (family == "oled_box_start_time_seconds") return "When the box's daemon started, Unix seconds: a change is a reset.";
+    return "What the box's control server counted since it started.";
+}
+
+// Only digits are taken from a box's answer: a forged one cannot reach
+// the exposition with anything else.
+void stats_families(std::string& out, const protocol::Settings& stats) {
+    std::string last;
+    for (const StatSeries& series : kStatSeries) {
+        for (const auto& item : stats) {
+            if (item.first != series.key || item.second.empty() || item.second.size() > 20 ||
+                item.second.find_first_not_of("0123456789") != std::string::npos) {
+                continue;
+            }
+            if (series.family != last) {
+                last = series.family;
+                const bool gauge = last == "oled_box_start_time_seconds";
+                out += "# HELP " + last + " " + stat_help(last) + "\n# TYPE " + last + (gauge ? " gauge\n" : " counter\n");
+            }
+            out += last + (*series.label != '\0' ? "{" + std::string(series.label) + "}" : "") + " " + item.second + "\n";
+        }
+    }
+}
+
+}  // namespace
+
+std::string probe(bool answered, double seconds, const protocol::Settings& settings, const protocol::Settings& stats) {
     std::string out;
     head(out, "oled_probe_success", "1 when the box answered the probe's question, else 0.");
     line(out, "oled_probe_success", "", answered);
@@ -134,6 +193,7 @@ std::string probe(bool answered, double seconds, const protocol::Settings& setti
     head(out, "oled_probe_duration_seconds", "Seconds from the question to the answer, or the whole wait.");
     line(out, "oled_probe_duration_seconds", "", duration);
     if (answered) settings_families(out, {{"", &settings}});
+    if (answered) stats_families(out, stats);
     return out;
 }
 

@@ -24,7 +24,9 @@ std::string exposition(const std::vector<fleet::BoxState>& boxes);
 // One probe of one box: whether it answered, how long that took and, when
 // it did, the series of its settings as exposition() gives them, without
 // the address label (Prometheus names the target itself).
-std::string probe(bool answered, double seconds, const protocol::Settings& settings);
+// stats: the box's counts (replystats), empty when it keeps none.
+std::string probe(bool answered, double seconds, const protocol::Settings& settings,
+                  const protocol::Settings& stats = {});
 
 }  // namespace metrics
 

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -63,9 +64,11 @@ void usage(const std::string& verb) {
             "default panel pins (others are set in /data/oled.ini on the box).\n");
     } else if (verb == "get") {
         std::printf(
-            "usage: oledctl get --box ADDR [--json] [options]\n"
+            "usage: oledctl get --box ADDR [--json | --stats] [options]\n"
             "Prints the box's settings file as the box sends it, or with --json an\n"
-            "object of its key/value pairs.\n");
+            "object of its key/value pairs. With --stats: what the box took and\n"
+            "refused since it started (datagrams, items and replies, by reason),\n"
+            "one key=value a line; a box that keeps no counts does not answer.\n");
     } else if (verb == "discover") {
         std::printf(
             "usage: oledctl discover [--subnet CIDR[,CIDR...]] [--json | --format FORMAT [--output FILE]] [options]\n"
@@ -181,25 +184,31 @@ int run_led_test(const CliOptions& options) {
 int run_get(const CliOptions& options) {
     if (options.box.empty() || options.all || options.via_group) return fail(kBadInput, "get needs --box ADDR alone");
     if (!options.arguments.empty()) return fail(kBadInput, "get takes no arguments");
+    if (options.stats && options.json) return fail(kBadInput, "give --json or --stats, not both");
+    const char* header = options.stats ? protocol::kStatsHeader : protocol::kReplyHeader;
     UdpClient client;
-    std::string error = send_datagram(client, options, false, protocol::build_query());
+    std::string error =
+        send_datagram(client, options, false, options.stats ? protocol::build_stats_query() : protocol::build_query());
     if (!error.empty()) return fail(kNoAnswer, error);
     std::string reply;
     bool answered = false;
     error = client.collect(deadline_after(options.timeout), [&](const std::string& source, const std::string& payload) {
-        if (source != options.box) return false;
+        if (source != options.box || payload.compare(0, std::strlen(header), header) != 0) return false;
         reply = payload;
         answered = true;
         return true;
     });
     if (!error.empty()) return fail(kNoAnswer, error);
-    if (!answered) return fail(kNoAnswer, "no answer from " + options.box + " within " + seconds_text(options.timeout));
-    protocol::Settings settings;
-    if (!protocol::parse_reply(reply, settings)) return fail(kNoAnswer, options.box + " answered without [oled]");
+    if (!answered) {
+        return fail(kNoAnswer, std::string(options.stats ? "no counts" : "no answer") + " from " + options.box +
+                                   " within " + seconds_text(options.timeout));
+    }
     if (options.json) {
+        protocol::Settings settings;
+        protocol::parse_reply(reply, settings);
         std::printf("%s\n", settings_view::to_json(settings).c_str());
     } else {
-        const std::string file = reply.substr(std::string(protocol::kReplyHeader).size());
+        const std::string file = reply.substr(std::strlen(header));
         std::fwrite(file.data(), 1, file.size(), stdout);
     }
     return kFine;

@@ -16,6 +16,8 @@ namespace {
 constexpr int kOk = 200;
 constexpr int kBadRequest = 400;
 constexpr int kNetworkFailure = 502;
+// How long the counts are waited for once the settings came.
+constexpr double kCountsGrace = 0.1;
 
 // A stranger's text in a one-line reason: short, printable.
 std::string shown(const std::string& text) {
@@ -75,19 +77,31 @@ fleet::Reply answer(const std::vector<std::string>& targets, const std::string& 
     UdpClient client;
     error = client.open();
     if (!error.empty()) return {kNetworkFailure, error + "\n"};
-    protocol::Settings settings;
+    protocol::Settings settings, stats;
     bool answered = false;
+    bool counted = false;
     // A send that fails (no route to the box) is a box that does not
-    // answer, as in discovery; the wait for it is then skipped.
-    if (client.send(target, network.port, protocol::build_query()).empty()) {
-        error = client.collect(deadline_after(wait), [&](const std::string& source, const std::string& payload) {
-            answered = source == target && protocol::parse_reply(payload, settings);
-            return answered;
-        });
+    // answer, as in discovery; the wait for it is then skipped. The counts
+    // are asked at once; a box that keeps none does not answer them, so
+    // they are waited for only a moment beyond the settings.
+    if (client.send(target, network.port, protocol::build_query()).empty() &&
+        client.send(target, network.port, protocol::build_stats_query()).empty()) {
+        const auto heard = [&](const std::string& source, const std::string& payload) {
+            if (source == target) {
+                answered = answered || protocol::parse_reply(payload, settings);
+                counted = counted || protocol::parse_reply(payload, stats, protocol::kStatsHeader);
+            }
+            return answered && counted;
+        };
+        const auto deadline = deadline_after(wait);
+        error = client.collect(deadline, heard);
+        if (error.empty() && answered && !counted) {
+            error = client.collect(std::min(deadline, deadline_after(kCountsGrace)), heard);
+        }
         if (!error.empty()) return {kNetworkFailure, error + "\n"};
     }
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - began;
-    return {kOk, metrics::probe(answered, took.count(), settings)};
+    return {kOk, metrics::probe(answered, took.count(), settings, stats)};
 }
 
 }  // namespace probe

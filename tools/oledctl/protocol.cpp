@@ -61,9 +61,10 @@ std::string build_set(const std::vector<std::string>& items, const std::string& 
 }
 
 std::string build_query() { return "replyoled"; }
+std::string build_stats_query() { return "replystats"; }
 
-bool parse_reply(const std::string& payload, Settings& settings) {
-    const std::string header = kReplyHeader;
+bool parse_reply(const std::string& payload, Settings& settings, const char* expected) {
+    const std::string header = expected;
     if (payload.compare(0, header.size(), header) != 0) return false;
     std::size_t start = header.size();
     while (start < payload.size()) {

@@ -17,6 +17,9 @@ constexpr const char* kGroup = "224.168.1.1";
 // The box reads at most this many bytes of a datagram; the rest is lost.
 constexpr std::size_t kMaxDatagram = 1024;
 constexpr const char* kReplyHeader = "[oled]\n";
+// A box's counts begin so ("replystats"); a box that keeps none does not
+// answer that question.
+constexpr const char* kStatsHeader = "[oledstats]\n";
 
 // The box's own table of keys and limits (no copy of it here).
 using ValueKind = ControlValueKind;
@@ -39,10 +42,12 @@ std::string build_set(const std::vector<std::string>& items, const std::string& 
 
 // "replyoled" alone makes the box answer to the sender's address and port.
 std::string build_query();
+std::string build_stats_query();
 
 // Splits a reply ("[oled]", a newline, then the settings file) into its
-// key/value pairs in file order. False when the header is missing.
-bool parse_reply(const std::string& payload, Settings& settings);
+// key/value pairs in file order. False when the header is missing. The
+// counts' reply is read the same way, with its own header.
+bool parse_reply(const std::string& payload, Settings& settings, const char* header = kReplyHeader);
 
 // Dotted IPv4 text, four decimal parts 0..255.
 bool is_ipv4(const std::string& text);
