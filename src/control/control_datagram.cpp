@@ -261,9 +261,10 @@ std::vector<Item> items_of(const std::string& text)
 
 void carry_out_item(const Item& item, Datagram& datagram)
 {
-    // Without a value ("cpu", "cpu=") there is nothing to act on; only a
-    // reply needs none.
-    if (item.value.empty() && item.key != "replyoled") {
+    // Without a value ("cpu", "cpu=") there is nothing to act on; only the
+    // queries need none.
+    const bool query = item.key == "replyoled" || item.key == "replystats";
+    if (item.value.empty() && !query) {
         return;
     }
     if (item.command == nullptr) {
