@@ -176,6 +176,24 @@ class KeyedBoxes(OperatorSegment):
         self.assertIn("oled_box_start_time_seconds ", exposition)
         self.assertIn('oled_box_saves_total{file="counter"} 1\n', exposition)
 
+    def test_oledctl_set_reads_the_box_back(self):
+        box = self.serving_box(BOX_A, files=dict(KEYED, **{"/version/hardware_info": '{"board":"BRD25"}'}))
+        key = ("--key-file", box.host("/data/oled.key"))
+        unsigned = self.oledctl("set", "cpu=0", "--box", BOX_A)
+        self.assertEqual((unsigned.returncode, unsigned.stdout.splitlines()[1:]),
+                         (3, ["10.0.0.5: cpu=0 refused (not signed)"]))
+        taken = self.oledctl("set", "cpu=0", "test=0", "--box", BOX_A, *key)
+        self.assertEqual((taken.returncode, taken.stdout.splitlines()[1]), (0, "10.0.0.5: cpu=0 taken"))
+        # The small panel's supply is 4_2 on this board: its ground pin is refused.
+        swapped = self.oledctl("set", "vcc=4_3", "--box", BOX_A, *key)
+        self.assertEqual((swapped.returncode, swapped.stdout.splitlines()[1:]),
+                         (3, ["10.0.0.5: vcc=4_3 refused (the box holds 4_2)"]))
+        began = time.monotonic()
+        absent = self.oledctl("set", "cpu=1", "--box", "10.0.0.9", "--timeout", "1", *key)
+        self.assertEqual(absent.returncode, 1)
+        self.assertIn("no answer from 10.0.0.9", absent.stderr)
+        self.assertLess(time.monotonic() - began, 3)
+
     def test_a_signed_change_is_on_flash_before_it_takes_effect(self):
         box = self.box(netns=self.station(BOX_A), files=KEYED)
         trace = os.path.join(box.out, "calls")

@@ -16,12 +16,13 @@ class OperatorTool(OperatorSegment):
         second = self.serving_box("10.0.0.6")
         done = self.oledctl("set", "cpu=0", "sleep=5", "oled_string=HELLO BOX", "--box", "10.0.0.5")
         self.assertEqual((done.returncode, done.stdout),
-                         (0, "sent to 10.0.0.5:16124: cpu=0|sleep=5|oled_string=HELLO BOX\n"))
+                         (0, "sent to 10.0.0.5:16124: cpu=0|sleep=5|oled_string=HELLO BOX\n10.0.0.5: cpu=0 taken\n"
+                             "10.0.0.5: sleep=5 taken\n10.0.0.5: oled_string=HELLO BOX taken\n"))
         for line in ("OLed_a_cpu=0", "OLed_a_sleep_tim=5", "OLed_a_small_n_buf=HELLO BOX"):
             self.wait_for_setting(first, line)
 
         done = self.oledctl("set", "vi=0", "--box", "10.0.0.6", "--via-group")
-        self.assertEqual(done.stdout, "sent to 224.168.1.1:16124: controlled=10.0.0.6|vi=0\n")
+        self.assertEqual(done.stdout, "sent to 224.168.1.1:16124: controlled=10.0.0.6|vi=0\n10.0.0.6: vi=0 taken\n")
         self.wait_for_setting(second, "OLed_a_vi=0")
 
         self.assertEqual(self.oledctl("set", "ai=0", "--all").returncode, 0)
@@ -54,7 +55,7 @@ class OperatorTool(OperatorSegment):
             self.assertRegex(result.stderr, r"^oledctl: [^\n]+\n$")
         # Good commands arrive whole, each as one datagram, and the bad ones
         # before them never did.
-        self.assertEqual(self.oledctl("led-test", "on", "--box", "10.0.0.5", "--via-group").returncode, 0)
+        self.assertEqual(self.oledctl("led-test", "on", "--box", "10.0.0.5", "--via-group", "--no-check").returncode, 0)
         self.assertEqual(self.oledctl("set", "--raw", "cpu=1|nonsense", "--all").returncode, 0)
         listener.wait_for("cpu=1|nonsense")
         self.assertEqual(listener.received(), [(OPERATOR, "controlled=10.0.0.5|test=1"), (OPERATOR, "cpu=1|nonsense")])
@@ -77,8 +78,8 @@ class OperatorTool(OperatorSegment):
         there = Listener(box_ns, "10.1.0.5")
         self.addCleanup(there.close)
 
-        self.assertEqual(self.oledctl("led-test", "off", "--all", "--iface", "eth1").returncode, 0)
-        self.assertEqual(self.oledctl("led-test", "on", "--all", "--iface", "eth0").returncode, 0)
+        self.assertEqual(self.oledctl("led-test", "off", "--all", "--iface", "eth1", "--no-check").returncode, 0)
+        self.assertEqual(self.oledctl("led-test", "on", "--all", "--iface", "eth0", "--no-check").returncode, 0)
         there.wait_for("test=0")
         here.wait_for("test=1")
         self.assertEqual(there.received(), [("10.1.0.100", "test=0")])

@@ -57,6 +57,8 @@ std::string parse_cli(int argc, char** argv, CliOptions& options) {
             options.json = true;
         } else if (word == "--stats") {
             options.stats = true;
+        } else if (word == "--no-check") {
+            options.no_check = true;
         } else if (word == "--box" || word == "--iface" || word == "--port" || word == "--timeout" ||
                    word == "--raw" || word == "--listen" || word == "--subnet" || word == "--token-file" ||
                    word == "--metrics-token-file" || word == "--format" || word == "--output" ||

@@ -17,6 +17,7 @@ struct CliOptions {
     double timeout = 2.0;
     bool json = false;
     bool stats = false;  // get: the box's counts
+    bool no_check = false;  // set: send and do not read the box back
     std::string format;  // discover: "text", "json" or "prometheus-sd"
     std::string output;  // discover --format prometheus-sd: the file it keeps
     bool raw_given = false;

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "fleet_server.h"
 #include "protocol.h"
 #include "service_discovery.h"
+#include "set_check.h"
 #include "settings_view.h"
 #include "udp_client.h"
 
@@ -20,6 +22,10 @@ namespace {
 constexpr int kFine = 0;
 constexpr int kNoAnswer = 1;  // also any network failure
 constexpr int kBadInput = 2;
+constexpr int kRefused = 3;  // set: a box answered, but did not take every item
+// How long a box is given to tell its counts before a change: a box that
+// keeps none does not answer, and must not slow every change down.
+constexpr double kCountsWait = 0.5;
 
 const char* const kCommonHelp =
     "  --port N         the boxes' control port (default 16124)\n"
@@ -28,7 +34,8 @@ const char* const kCommonHelp =
     "  --key-file FILE  sign every datagram with the key in FILE, for boxes that\n"
     "                   hold one in /data/oled.key (the file's bytes, 16 to 1024)\n"
     "  --help           this text\n"
-    "Exit status: 0 done, 1 no answer or network failure, 2 bad input.\n";
+    "Exit status: 0 done (set: every item taken), 1 no answer or network failure,\n"
+    "2 bad input, 3 (set) a box refused an item.\n";
 
 const char* const kSubnetHelp =
     "  --subnet CIDR[,CIDR...]  also ask every address of these routed subnets by\n"
@@ -46,7 +53,10 @@ void usage(const std::string& verb) {
             "segment through the group %s (--all), or to one box through the group\n"
             "(--box ADDR --via-group; a box whose address text is part of ADDR, such as\n"
             "192.168.1.2 for 192.168.1.20, obeys too). Items are checked before anything\n"
-            "is sent; --raw sends TEXT as it stands, unchecked. Keys:\n",
+            "is sent; --raw sends TEXT as it stands, unchecked. Then each box that\n"
+            "answers is read back and every item reported taken or refused (with the\n"
+            "reason, or the value the box holds): exit status 3 when one was refused,\n"
+            "1 when no box answered; --no-check sends and reads nothing back. Keys:\n",
             protocol::kGroup);
         for (const protocol::Command& command : protocol::command_table()) {
             std::string values = "GROUP_BIT or 0";
@@ -124,7 +134,9 @@ int fail(int status, const std::string& reason) {
 // Opens the socket and sends payload to the box or the group as asked.
 std::string send_datagram(UdpClient& client, const CliOptions& options, bool to_group, const std::string& payload) {
     client.sign_with(options.key);
-    std::string error = client.open(to_group ? options.iface : std::string());
+    // One socket for the questions and the change: the interface chosen
+    // for group sends does not matter to unicast ones.
+    std::string error = client.is_open() ? std::string() : client.open(options.iface);
     if (error.empty()) error = client.send(to_group ? protocol::kGroup : options.box, options.port, payload);
     return error;
 }
@@ -133,6 +145,50 @@ std::string check_target(const CliOptions& options) {
     if (options.all == !options.box.empty()) return "give either --box ADDR or --all";
     if (options.via_group && options.box.empty()) return "--via-group needs --box ADDR";
     return "";
+}
+
+// Answers by box address, as key/value pairs.
+using Answers = std::map<std::string, protocol::Settings>;
+
+// Asks the box (or with --all every box, through the group) and collects
+// the answers that begin with header for up to wait seconds.
+Answers ask(UdpClient& client, const CliOptions& options, const std::string& query, const char* header,
+            double wait) {
+    Answers answers;
+    if (!send_datagram(client, options, options.all, query).empty()) return answers;
+    client.collect(deadline_after(wait), [&](const std::string& source, const std::string& payload) {
+        protocol::Settings pairs;
+        if ((options.all || source == options.box) && protocol::parse_reply(payload, pairs, header)) {
+            answers[source] = pairs;
+        }
+        return !options.all && !answers.empty();
+    });
+    return answers;
+}
+
+// Reads every box back after a change and says, item by item, what it
+// took; the exit status sums it up.
+int read_back(UdpClient& client, const CliOptions& options, const std::vector<std::string>& items,
+              const Answers& before) {
+    const Answers after = ask(client, options, protocol::build_query(), protocol::kReplyHeader, options.timeout);
+    if (after.empty()) {
+        return fail(kNoAnswer, "no answer from " + (options.all ? std::string("any box") : options.box) + " within " +
+                                   seconds_text(options.timeout) + ": nothing read back");
+    }
+    const Answers counts = before.empty() ? Answers()
+                                          : ask(client, options, protocol::build_stats_query(),
+                                                protocol::kStatsHeader, kCountsWait);
+    bool refused = false;
+    for (const auto& box : after) {
+        const auto was = before.find(box.first);
+        const auto now = counts.find(box.first);
+        const std::vector<set_check::ItemReport> reports = set_check::judge(
+            items, box.second, set_check::refusal_counts(was == before.end() ? protocol::Settings() : was->second),
+            set_check::refusal_counts(now == counts.end() ? protocol::Settings() : now->second));
+        for (const auto& report : reports) refused = refused || report.verdict == set_check::Verdict::refused;
+        std::fputs(set_check::report(box.first, reports).c_str(), stdout);
+    }
+    return refused ? kRefused : kFine;
 }
 
 int send_items(const CliOptions& options, const std::vector<std::string>& items) {
@@ -149,11 +205,15 @@ int send_items(const CliOptions& options, const std::vector<std::string>& items)
                                    std::to_string(protocol::kMaxDatagram));
     }
     UdpClient client;
+    // A box's counts before the change tell why it refused one, after.
+    const Answers before = options.no_check || options.all ? Answers()
+                                                           : ask(client, options, protocol::build_stats_query(),
+                                                                 protocol::kStatsHeader, kCountsWait);
     error = send_datagram(client, options, to_group, datagram);
     if (!error.empty()) return fail(kNoAnswer, error);
     std::printf("sent to %s:%u: %s\n", to_group ? protocol::kGroup : options.box.c_str(), options.port,
                 datagram.c_str());
-    return kFine;
+    return options.no_check ? kFine : read_back(client, options, items, before);
 }
 
 int run_set(const CliOptions& options) {

@@ -19,6 +19,7 @@ public:
     // group_iface when one is named (its IPv4 address), else the route's.
     // Empty result: fine, else why not.
     std::string open(const std::string& group_iface = "");
+    bool is_open() const { return fd_ >= 0; }
     // Every datagram sent after this is signed with key (none when empty).
     void sign_with(const std::string& key) { key_ = key; }
     std::string send(const std::string& address, unsigned short port, const std::string& payload);
