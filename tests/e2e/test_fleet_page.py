@@ -40,6 +40,9 @@ class FleetPage(OperatorSegment):
         keyed = {"/data/oled.key": KEY, "/data/oled.counter": "1\n"}
         self.boxes = [self.serving_box(a, files=keyed if a == BOXES[1] else None) for a in BOXES]
         key_file = self.boxes[1].host("/data/oled.key")
+        os.chmod(key_file, 0o600)
+        self.oledctl("set", "cpu=0", "--box", BOXES[1], "--no-check")  # unsigned: the keyed box refuses it
+        self.boxes[1].wait_for("not signed")
         run_dir = tempfile.mkdtemp(prefix="oledt-run-")
         self.addCleanup(shutil.rmtree, run_dir)
         token_file = os.path.join(run_dir, "oledctl-serve-16180.token")
@@ -107,7 +110,9 @@ class FleetPage(OperatorSegment):
         browser.get(self.url)
         until(lambda: [r.get_attribute("data-address") for r in browser.find_elements(By.CSS_SELECTOR, "tbody tr")]
               == list(BOXES))
-        self.assertEqual([row(a).find_element(By.CLASS_NAME, "state").text for a in BOXES], ["answers"] * 3)
+        self.assertEqual([row(a).find_element(By.CLASS_NAME, "state").text for a in BOXES],
+                         ["answers", "answers; refused 1 since its start", "answers"])
+        self.assertIn("refusing", row(BOXES[1]).get_attribute("class"))
         self.assertEqual(browser.current_url, "http://127.0.0.1:16180/")  # the token left the address bar
         browser.find_element(By.ID, "auto").click()  # no round but those asked for: the saves below are counted
         self.assertEqual(Select(field(BOXES[0], "oled_type")).first_selected_option.text, "1 old-small")
@@ -149,7 +154,8 @@ class FleetPage(OperatorSegment):
         browser.find_element(By.ID, "refresh").click()
         state = row(BOXES[2]).find_element(By.CLASS_NAME, "state")
         until(lambda: re.fullmatch(r"no answer since \d\d:\d\d:\d\d", state.text))
-        self.assertEqual([row(a).find_element(By.CLASS_NAME, "state").text for a in BOXES[:2]], ["answers"] * 2)
+        self.assertEqual([row(a).find_element(By.CLASS_NAME, "state").text for a in BOXES[:2]],
+                         ["answers", "answers; refused 1 since its start"])
 
     def refuse_without_token(self):
         direct = urllib.request.build_opener(urllib.request.ProxyHandler({}))

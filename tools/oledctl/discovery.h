@@ -24,7 +24,9 @@ struct Network {
 // the timeout after the last question. Each box that answers is handed
 // over once, with its settings. Empty result: fine, else a network failure.
 using Answer = std::function<void(const std::string& address, const protocol::Settings& settings)>;
-std::string discover(const Network& network, const Answer& on_answer);
+// With on_counts, every box is asked its counts too ("replystats"), and
+// those that keep them hand them on there.
+std::string discover(const Network& network, const Answer& on_answer, const Answer& on_counts = nullptr);
 
 }  // namespace fleet
 

@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstdint>
 #include <nlohmann/json.hpp>
 
@@ -38,6 +39,7 @@ Json box_json(const BoxState& box) {
     json["last_answer"] = box.last_answer != 0 ? Json(static_cast<long long>(box.last_answer)) : Json(nullptr);
     json["panel"] = box.settings.empty() ? Json(nullptr) : Json(settings_view::panel_name(type));
     json["settings"] = std::move(settings);
+    json["refusals"] = box.refusals >= 0 ? Json(box.refusals) : Json(nullptr);
     return json;
 }
 
@@ -115,10 +117,21 @@ Reply Api::keys() const {
 
 std::string Api::round() {
     std::vector<std::string> answered;
-    const std::string error = discover(network_, [&](const std::string& address, const protocol::Settings& settings) {
-        roster_.answered(address, settings, std::time(nullptr));
-        answered.push_back(address);
-    });
+    const std::string error = discover(
+        network_,
+        [&](const std::string& address, const protocol::Settings& settings) {
+            roster_.answered(address, settings, std::time(nullptr));
+            answered.push_back(address);
+        },
+        [&](const std::string& address, const protocol::Settings& counts) {
+            long long refusals = 0;
+            for (const auto& count : counts) {
+                if (count.first.compare(0, 18, "datagrams_refused_") == 0) {
+                    refusals += std::strtoll(count.second.c_str(), nullptr, 10);
+                }
+            }
+            roster_.counted(address, refusals);
+        });
     if (error.empty()) roster_.silent_except(answered);
     return error;
 }

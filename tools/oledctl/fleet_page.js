@@ -146,8 +146,10 @@ function show(box) {
     body.insertBefore(row, after || null);
   }
   row.classList.toggle('silent', !box.answering);
-  row.querySelector('.state').textContent = box.answering ? 'answers'
-    : box.last_answer ? 'no answer since ' + clock(box.last_answer) : 'no answer';
+  row.classList.toggle('refusing', box.refusals > 0);
+  row.querySelector('.state').textContent = (box.answering ? 'answers'
+    : box.last_answer ? 'no answer since ' + clock(box.last_answer) : 'no answer')
+    + (box.refusals > 0 ? '; refused ' + box.refusals + ' since its start' : '');
   for (const input of row.querySelectorAll('[data-key]')) {
     const value = box.settings[keys.get(input.dataset.key).setting];
     if (value === undefined || input === document.activeElement) continue;

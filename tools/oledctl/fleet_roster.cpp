@@ -59,6 +59,12 @@ bool Roster::find(const std::string& address, BoxState& box) const {
     return true;
 }
 
+void Roster::counted(const std::string& address, long long refusals) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    const auto box = boxes_.find(order(address));
+    if (box != boxes_.end()) box->second.refusals = refusals;
+}
+
 std::vector<BoxState> Roster::boxes() const {
     std::lock_guard<std::mutex> lock(mutex_);
     std::vector<BoxState> list;

@@ -17,6 +17,7 @@ struct BoxState {
     protocol::Settings settings;  // as the box last sent them
     std::time_t last_answer = 0;
     bool answering = false;
+    long long refusals = -1;  // datagrams refused since the box started; -1: it keeps no counts
 };
 
 // Every box the page has heard from. A box that stops answering stays,
@@ -33,6 +34,8 @@ public:
     void answered(const std::string& address, const protocol::Settings& settings, std::time_t now);
     // Asked and got no answer; unknown boxes are not added.
     void silent(const std::string& address);
+    // The box's count of refused datagrams, from its last counts.
+    void counted(const std::string& address, long long refusals);
     // After a question to every box: those known but not among the
     // answering addresses turn silent.
     void silent_except(const std::vector<std::string>& answering);
