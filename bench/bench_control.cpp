@@ -15,6 +15,7 @@
 #include <string>
 
 #include "box_root.h"
+#include "control_stats.h"
 #include "control_datagram.h"
 #include "runtime_settings.h"
 #include "settings_saver.h"
@@ -105,7 +106,8 @@ Run run(const char* const* datagrams, int kinds, long count, const std::string& 
     const long saves = literal_saves();
     const ControlPeer sender = {"192.168.1.1", 40000};
     SettingsSaver saver;
-    ControlContext context = {"192.168.1.20", pins_at_start(), &reply, &saver, nullptr, {}};
+    ControlStats stats;
+    ControlContext context = {"192.168.1.20", pins_at_start(), &reply, &saver, nullptr, {}, &stats, 0};
     const double start = now_seconds();
     for (long i = 0; i < count; ++i) {
         const char* text = datagrams[i % kinds];
