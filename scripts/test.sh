@@ -15,6 +15,9 @@ jobs=$(nproc)
 
 step() { printf '\n=== %s ===\n' "$*"; }
 
+step "house style and include floors"
+bash scripts/check-tree.sh
+
 step "host build and tests"
 cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo > /dev/null
 cmake --build build -j"$jobs"
@@ -28,17 +31,21 @@ fi
 step "AddressSanitizer + UndefinedBehaviorSanitizer build and tests"
 cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DOLEDD_SANITIZE=ON > /dev/null
 cmake --build build-asan -j"$jobs"
-(cd build-asan && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 ctest --output-on-failure -j"$jobs")
+# The fault-injection test preloads libfiu, which the sanitizers' runtimes
+# must precede: it runs on the host build alone.
+(cd build-asan && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 ctest --output-on-failure -j"$jobs" \
+   -E '^e2e_fault_calls$')
 
 step "ThreadSanitizer build, unit tests and end-to-end tests"
 # Any report fails. Left out: the fleet page's test times saves against a
 # 1 s time-out, and oledctl serve's threads run in Debian's uninstrumented
-# HTTP library, whose locks the sanitizer cannot see (the routed fleet).
+# HTTP library, whose locks the sanitizer cannot see (the routed fleet, the
+# serve limits), and the fault-injection test preloads libfiu.
 cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DOLEDD_SANITIZE=thread > /dev/null
 cmake --build build-tsan -j"$jobs"
 rm -rf build-tsan/tsan-reports && mkdir build-tsan/tsan-reports
 (cd build-tsan && TSAN_OPTIONS="halt_on_error=1 exitcode=66 log_path=$PWD/tsan-reports/report" \
-   ctest --output-on-failure -j"$jobs" -E '^(install_layout|init_script|e2e_fleet_page|e2e_routed_fleet)$')
+   ctest --output-on-failure -j"$jobs" -E '^(install_layout|init_script|e2e_fleet_page|e2e_routed_fleet|e2e_serve_limits|e2e_fault_calls)$')
 ! cat build-tsan/tsan-reports/* 2> /dev/null || { echo "ThreadSanitizer reports in build-tsan/tsan-reports" >&2; exit 1; }
 
 step "32-bit ARM cross build (armhf: ARMv7, hard-float), unit tests under qemu-arm"
