@@ -20,7 +20,7 @@
 
 namespace {
 
-typedef SoftwareConfig C;
+typedef SoftwareConfig Config;
 
 // The run-time switch each switch key sets to value != 0.
 struct SwitchFlag {
@@ -57,14 +57,14 @@ RelaxedAtomic<bool>* switch_flag(const char* key)
     return nullptr;
 }
 
-C::SoftWareConfigID setting_id(const char* name)
+Config::SoftWareConfigID setting_id(const char* name)
 {
-    for (int id = 0; id < C::kConfigCount; ++id) {
-        if (strcmp(C::KeyName(id), name) == 0) {
-            return static_cast<C::SoftWareConfigID>(id);
+    for (int id = 0; id < Config::kConfigCount; ++id) {
+        if (strcmp(Config::KeyName(id), name) == 0) {
+            return static_cast<Config::SoftWareConfigID>(id);
         }
     }
-    return C::kConfigCount;
+    return Config::kConfigCount;
 }
 
 int pin_number(const std::string& text)
@@ -197,7 +197,7 @@ std::string refusal(const ControlKey& key, const std::string& value, const Contr
 void carry_out(const ControlKey& key, const std::string& value, Datagram& datagram)
 {
     SoftwareConfig& config = datagram.config;
-    const C::SoftWareConfigID id = setting_id(key.setting);
+    const Config::SoftWareConfigID id = setting_id(key.setting);
     switch (key.effect) {
     case ControlEffect::Marker:
         printf("controlled ip %s\n", shown_value(value, value.size()).c_str());
@@ -352,8 +352,8 @@ PinsAtStart pins_at_start()
     PinsAtStart pins;
     for (size_t i = 0; i < kControlKeyCount; ++i) {
         const ControlKey& key = kControlKeys[i];
-        const C::SoftWareConfigID id = setting_id(key.setting);
-        if (key.kind == ControlValueKind::Pin && id != C::kConfigCount) {
+        const Config::SoftWareConfigID id = setting_id(key.setting);
+        if (key.kind == ControlValueKind::Pin && id != Config::kConfigCount) {
             std::vector<int>& own = pins[key.setting];
             own.push_back(pin_number(config->GetConfig(id)));
             own.push_back(pin_number(defaults[id]));

@@ -5,8 +5,8 @@
 
 namespace {
 
-typedef ControlEffect E;
-typedef ControlValueKind V;
+typedef ControlEffect Effect;
+typedef ControlValueKind Kind;
 
 // The SoC has GPIO groups 0..24 of 8 bits.
 const int kLastGroup = 24;
@@ -81,40 +81,40 @@ std::string text_problem(const ControlKey& key, const std::string& value)
 }  // namespace
 
 const ControlKey kControlKeys[] = {
-    {"controlled", E::Marker, V::Text, 0, 0, "", "aims the datagram at the box with this address"},
-    {"oled_type", E::StoreOnly, V::Integer, 0, 6, "OLed_a_kind_start",
+    {"controlled", Effect::Marker, Kind::Text, 0, 0, "", "aims the datagram at the box with this address"},
+    {"oled_type", Effect::StoreOnly, Kind::Integer, 0, 6, "OLed_a_kind_start",
      "panel: 0 big, 1 old small, 2 none, 3..6 small kinds (next start)"},
-    {"led_on", E::Switch, V::Integer, 0, 1, "OLed_a_led_start", "front LEDs on/off"},
-    {"oled_str_en", E::Switch, V::Integer, 0, 1, "OLed_a_small_n_start", "show the custom text"},
-    {"oled_string", E::CustomText, V::Text, 1, kCustomTextMax, "OLed_a_small_n_buf", "custom text"},
-    {"cpu", E::Switch, V::Integer, 0, 1, "OLed_a_cpu", "page: CPU load"},
-    {"vi", E::Switch, V::Integer, 0, 1, "OLed_a_vi", "page: video input"},
-    {"ai", E::Switch, V::Integer, 0, 1, "OLed_a_ai", "page: audio input"},
-    {"net", E::Switch, V::Integer, 0, 1, "OLed_a_net", "page: Ethernet speed"},
-    {"time", E::Switch, V::Integer, 0, 1, "OLed_a_start", "page: uptime"},
-    {"venc", E::Switch, V::Integer, 0, 1, "OLed_a_venc", "page: encoder"},
-    {"temp", E::Switch, V::Integer, 0, 1, "OLed_a_temp", "page: temperature"},
-    {"io", E::Switch, V::Integer, 0, 1, "OLed_a_io", "page: I/O and relays"},
+    {"led_on", Effect::Switch, Kind::Integer, 0, 1, "OLed_a_led_start", "front LEDs on/off"},
+    {"oled_str_en", Effect::Switch, Kind::Integer, 0, 1, "OLed_a_small_n_start", "show the custom text"},
+    {"oled_string", Effect::CustomText, Kind::Text, 1, kCustomTextMax, "OLed_a_small_n_buf", "custom text"},
+    {"cpu", Effect::Switch, Kind::Integer, 0, 1, "OLed_a_cpu", "page: CPU load"},
+    {"vi", Effect::Switch, Kind::Integer, 0, 1, "OLed_a_vi", "page: video input"},
+    {"ai", Effect::Switch, Kind::Integer, 0, 1, "OLed_a_ai", "page: audio input"},
+    {"net", Effect::Switch, Kind::Integer, 0, 1, "OLed_a_net", "page: Ethernet speed"},
+    {"time", Effect::Switch, Kind::Integer, 0, 1, "OLed_a_start", "page: uptime"},
+    {"venc", Effect::Switch, Kind::Integer, 0, 1, "OLed_a_venc", "page: encoder"},
+    {"temp", Effect::Switch, Kind::Integer, 0, 1, "OLed_a_temp", "page: temperature"},
+    {"io", Effect::Switch, Kind::Integer, 0, 1, "OLed_a_io", "page: I/O and relays"},
     // At 0 a loop would draw and start its probes without pause.
-    {"sleep", E::SleepTime, V::Integer, 1, 3600, "OLed_a_sleep_tim", "seconds each page is held"},
-    {"logo", E::Switch, V::Integer, 0, 1, "OLed_a_logo", "play the logo (big panel)"},
-    {"port", E::StoreOnly, V::Integer, 0, 65535, "OLed_a_gpio_j", "stored only"},
-    {"sda", E::StoreOnly, V::Pin, 0, 0, "OLed_ba_SDINMUX", "big panel data pin (next start)"},
-    {"scl", E::StoreOnly, V::Pin, 0, 0, "OLed_ba_SCLKMUX", "big panel clock pin"},
-    {"cs", E::StoreOnly, V::Pin, 0, 0, "OLed_ba_CS_MUX", "big panel chip select pin"},
-    {"dc", E::StoreOnly, V::Pin, 0, 0, "OLed_ba_DC_MUX", "big panel data/command pin"},
-    {"res", E::StoreOnly, V::Pin, 0, 0, "OLed_ba_RES_MUX", "big panel reset pin"},
-    {"sml_sda", E::StoreOnly, V::Pin, 0, 0, "OLed_sml_SDINMUX", "small panel data pin"},
-    {"sml_scl", E::StoreOnly, V::Pin, 0, 0, "OLed_sml_SCLKMUX", "small panel clock pin"},
-    {"vcc", E::StoreOnly, V::Pin, 0, 0, "OLed_sml_VCCMUX", "small panel supply pin"},
-    {"gnd", E::StoreOnly, V::Pin, 0, 0, "OLed_sml_GNDMUX", "small panel ground pin"},
-    {"pwr_led", E::StoreOnly, V::Pin, 0, 0, "kLed_pwr_gpio", "power LED pin"},
-    {"cpu_led", E::StoreOnly, V::Pin, 0, 0, "kLed_cpu_gpio", "CPU LED pin"},
-    {"eth_led", E::StoreOnly, V::Pin, 0, 0, "kLed_eth_gpio", "Ethernet LED pin"},
-    {"hdmi_led", E::StoreOnly, V::Pin, 0, 0, "kLed_hdmi_gpio", "video LED pin"},
-    {"test", E::LedTest, V::Integer, 0, 2147483647L, "", "LED test: non-zero lights the LEDs (not stored)"},
-    {"replyoled", E::Reply, V::Text, 0, 0, "", "sends the settings file to ADDRESS:PORT, or to the sender"},
-    {"replystats", E::Stats, V::Text, 0, 0, "", "sends what the box took and refused since it started, to the sender"},
+    {"sleep", Effect::SleepTime, Kind::Integer, 1, 3600, "OLed_a_sleep_tim", "seconds each page is held"},
+    {"logo", Effect::Switch, Kind::Integer, 0, 1, "OLed_a_logo", "play the logo (big panel)"},
+    {"port", Effect::StoreOnly, Kind::Integer, 0, 65535, "OLed_a_gpio_j", "stored only"},
+    {"sda", Effect::StoreOnly, Kind::Pin, 0, 0, "OLed_ba_SDINMUX", "big panel data pin (next start)"},
+    {"scl", Effect::StoreOnly, Kind::Pin, 0, 0, "OLed_ba_SCLKMUX", "big panel clock pin"},
+    {"cs", Effect::StoreOnly, Kind::Pin, 0, 0, "OLed_ba_CS_MUX", "big panel chip select pin"},
+    {"dc", Effect::StoreOnly, Kind::Pin, 0, 0, "OLed_ba_DC_MUX", "big panel data/command pin"},
+    {"res", Effect::StoreOnly, Kind::Pin, 0, 0, "OLed_ba_RES_MUX", "big panel reset pin"},
+    {"sml_sda", Effect::StoreOnly, Kind::Pin, 0, 0, "OLed_sml_SDINMUX", "small panel data pin"},
+    {"sml_scl", Effect::StoreOnly, Kind::Pin, 0, 0, "OLed_sml_SCLKMUX", "small panel clock pin"},
+    {"vcc", Effect::StoreOnly, Kind::Pin, 0, 0, "OLed_sml_VCCMUX", "small panel supply pin"},
+    {"gnd", Effect::StoreOnly, Kind::Pin, 0, 0, "OLed_sml_GNDMUX", "small panel ground pin"},
+    {"pwr_led", Effect::StoreOnly, Kind::Pin, 0, 0, "kLed_pwr_gpio", "power LED pin"},
+    {"cpu_led", Effect::StoreOnly, Kind::Pin, 0, 0, "kLed_cpu_gpio", "CPU LED pin"},
+    {"eth_led", Effect::StoreOnly, Kind::Pin, 0, 0, "kLed_eth_gpio", "Ethernet LED pin"},
+    {"hdmi_led", Effect::StoreOnly, Kind::Pin, 0, 0, "kLed_hdmi_gpio", "video LED pin"},
+    {"test", Effect::LedTest, Kind::Integer, 0, 2147483647L, "", "LED test: non-zero lights the LEDs (not stored)"},
+    {"replyoled", Effect::Reply, Kind::Text, 0, 0, "", "sends the settings file to ADDRESS:PORT, or to the sender"},
+    {"replystats", Effect::Stats, Kind::Text, 0, 0, "", "sends what the box took and refused since it started, to the sender"},
 };
 
 const size_t kControlKeyCount = sizeof(kControlKeys) / sizeof(kControlKeys[0]);
@@ -148,11 +148,11 @@ bool parse_pin(const std::string& text, int& group, int& bit)
 std::string control_value_problem(const ControlKey& key, const std::string& value)
 {
     switch (key.kind) {
-    case V::Integer:
+    case Kind::Integer:
         return integer_problem(key, value);
-    case V::Text:
-        return key.effect == E::CustomText ? text_problem(key, value) : std::string();
-    case V::Pin: {
+    case Kind::Text:
+        return key.effect == Effect::CustomText ? text_problem(key, value) : std::string();
+    case Kind::Pin: {
         int group = 0;
         int bit = 0;
         if (value == "0" || parse_pin(value, group, bit)) {

@@ -12,7 +12,7 @@
 
 namespace {
 
-typedef SoftwareConfig C;
+typedef SoftwareConfig Config;
 
 struct Pin {
     int group;
@@ -21,7 +21,7 @@ struct Pin {
 
 // A bus line: the setting that names its pin and the globals it fills.
 struct BusLine {
-    C::SoftWareConfigID setting;
+    Config::SoftWareConfigID setting;
     unsigned int* addr;
     unsigned int* high;
     unsigned int* low;
@@ -29,14 +29,14 @@ struct BusLine {
 
 // Big panel, or a small one on the four-wire bus.
 const BusLine kFourWireLines[] = {
-    {C::OLed_ba_SDINMUX, &SDA, &SDA_H, &SDA_L}, {C::OLed_ba_SCLKMUX, &SCL, &SCL_H, &SCL_L},
-    {C::OLed_ba_CS_MUX, &CS, &CS_H, &CS_L},     {C::OLed_ba_DC_MUX, &DC, &DC_H, &DC_L},
-    {C::OLed_ba_RES_MUX, &RES, &RES_H, &RES_L},
+    {Config::OLed_ba_SDINMUX, &SDA, &SDA_H, &SDA_L}, {Config::OLed_ba_SCLKMUX, &SCL, &SCL_H, &SCL_L},
+    {Config::OLed_ba_CS_MUX, &CS, &CS_H, &CS_L},     {Config::OLed_ba_DC_MUX, &DC, &DC_H, &DC_L},
+    {Config::OLed_ba_RES_MUX, &RES, &RES_H, &RES_L},
 };
 
 const BusLine kTwoWireLines[] = {
-    {C::OLed_sml_SDINMUX, &SDA, &SDA_H, &SDA_L},
-    {C::OLed_sml_SCLKMUX, &SCL, &SCL_H, &SCL_L},
+    {Config::OLed_sml_SDINMUX, &SDA, &SDA_H, &SDA_L},
+    {Config::OLed_sml_SCLKMUX, &SCL, &SCL_H, &SCL_L},
 };
 
 // "G_B"; a text without '_' names no pin. Numbers are not checked here:
@@ -53,7 +53,7 @@ bool pin_of(const std::string& text, Pin* pin)
     return true;
 }
 
-bool route_output(GPIOMaster& gpio, C::SoftWareConfigID setting, Pin* pin)
+bool route_output(GPIOMaster& gpio, Config::SoftWareConfigID setting, Pin* pin)
 {
     if (!pin_of(Singleton<SoftwareConfig>::instance()->GetConfig(setting), pin)) {
         return false;
@@ -75,7 +75,7 @@ void set_up_lines(GPIOMaster& gpio, const BusLine (&lines)[N])
 }
 
 // The two-wire panel draws its power from two GPIO pins.
-void drive_supply(GPIOMaster& gpio, C::SoftWareConfigID setting, int level)
+void drive_supply(GPIOMaster& gpio, Config::SoftWareConfigID setting, int level)
 {
     Pin pin;
     if (route_output(gpio, setting, &pin)) {
@@ -92,15 +92,15 @@ void oled_gpio_init()
         set_up_lines(*gpio, kFourWireLines);
     } else if (oled_type == 1 || oled_type == 4 || oled_type == 5) {
         set_up_lines(*gpio, kTwoWireLines);
-        drive_supply(*gpio, C::OLed_sml_VCCMUX, 1);
-        drive_supply(*gpio, C::OLed_sml_GNDMUX, 0);
+        drive_supply(*gpio, Config::OLed_sml_VCCMUX, 1);
+        drive_supply(*gpio, Config::OLed_sml_GNDMUX, 0);
     }
 
     // The switch pin stays an input, as it is after reset; a low level (or
     // no switch at all) selects the video input ports.
     unsigned int value = 0;
     Pin pin;
-    if (pin_of(Singleton<SoftwareConfig>::instance()->GetConfig(C::kSwitch_gpio), &pin)) {
+    if (pin_of(Singleton<SoftwareConfig>::instance()->GetConfig(Config::kSwitch_gpio), &pin)) {
         gpio->pin_mux_gpio(pin.group, pin.bit);
         gpio->get_gpio_value(pin.group, pin.bit, &value);
     }

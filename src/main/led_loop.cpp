@@ -12,7 +12,7 @@
 #include "probe_text.h"
 #include "probes.h"
 #include "runtime_settings.h"
-#include "screen_loops.h"
+#include "led_loop.h"
 #include "singleton.h"
 #include "software_config.h"
 

@@ -1,24 +1,9 @@
 #ifndef OLED_MAIN_SCREEN_LOOPS_H
 #define OLED_MAIN_SCREEN_LOOPS_H
 
-class SoftwareConfig;
-
-// What the LED loop takes from the settings store, copied by start-up on
-// the main thread before the loop starts: the control server rewrites the
-// store while the loop runs. Texts as long as the loop ever reads them.
-struct LedSettings {
-    char pins[7][24];  // outside Ethernet, CPU, video, power; onboard Ethernet, CPU, video
-    int outside_level;
-    int onboard_level;
-};
-
-void copy_led_settings(SoftwareConfig& config, LedSettings& settings);
-
-// Worker threads started by the daemon's start-up; each runs until its
-// thread flag is cleared. The LED loop's argument is its LedSettings,
-// which must outlive it.
+// The panel's worker threads started by the daemon's start-up; each runs
+// until its thread flag is cleared.
 void* oled_small_loop(void* arg);
 void* oled_big_loop(void* arg);
-void* oled_led_loop(void* settings);
 
 #endif

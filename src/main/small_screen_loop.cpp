@@ -36,13 +36,13 @@ public:
     void pass();
 
 private:
-    enum LayoutAStart { kFromCustomText, kFromCpu, kFromVideoInput, kFromTop };
+    enum OneLineStart { kFromCustomText, kFromCpu, kFromVideoInput, kFromTop };
 
     void show_address();
-    void layout_a(LayoutAStart start);
-    bool layout_a_item(bool enabled, const std::string& text, size_t more_than);
-    void layout_b();
-    void layout_b_item(bool enabled, Probe probe, size_t more_than, bool icons);
+    void one_line_per_screen(OneLineStart start);
+    bool one_line_item(bool enabled, const std::string& text, size_t more_than);
+    void two_lines_per_screen();
+    void two_line_item(bool enabled, Probe probe, size_t more_than, bool icons);
     void hold();
 
     std::shared_ptr<OLEDMaster> oled_;
@@ -75,7 +75,7 @@ void SmallScreen::show_address()
     puts(last_address_);
 }
 
-bool SmallScreen::layout_a_item(bool enabled, const std::string& text, size_t more_than)
+bool SmallScreen::one_line_item(bool enabled, const std::string& text, size_t more_than)
 {
     if (!enabled || text.size() <= more_than) {
         return false;
@@ -89,7 +89,7 @@ bool SmallScreen::layout_a_item(bool enabled, const std::string& text, size_t mo
 
 // One status line per screen (the old panel). The uptime comes last and
 // ends the pass.
-void SmallScreen::layout_a(LayoutAStart start)
+void SmallScreen::one_line_per_screen(OneLineStart start)
 {
     if (start <= kFromCustomText && oled_string_enable) {
         const std::string custom = custom_text();
@@ -99,32 +99,32 @@ void SmallScreen::layout_a(LayoutAStart start)
         hold();
     }
     if (start <= kFromCpu && oled_display_cpu) {
-        layout_a_item(true, probe_text(CheckCpuFile), 4);
+        one_line_item(true, probe_text(CheckCpuFile), 4);
     }
     if (oled_display_vi) {
-        layout_a_item(true, probe_text(CheckViFile), 3);
+        one_line_item(true, probe_text(CheckViFile), 3);
         if (board_has_second_input()) {
-            layout_a_item(oled_display_vi, probe_text(CheckVi1File), 3);
+            one_line_item(oled_display_vi, probe_text(CheckVi1File), 3);
         }
     }
     if (oled_display_ai) {
-        layout_a_item(true, probe_text(CheckAiFile), 3);
+        one_line_item(true, probe_text(CheckAiFile), 3);
     }
     if (oled_display_venc) {
-        layout_a_item(true, probe_text(CheckVencFile), 3);
+        one_line_item(true, probe_text(CheckVencFile), 3);
     }
     if (oled_display_ethspeed) {
-        layout_a_item(true, probe_text(CheckEthspeedFile), 0);
+        one_line_item(true, probe_text(CheckEthspeedFile), 0);
     }
     if (oled_display_temp) {
-        layout_a_item(true, probe_text(CheckTemperature), 4);
+        one_line_item(true, probe_text(CheckTemperature), 4);
     }
     if (oled_display_time) {
-        layout_a_item(true, probe_text(CheckTimeFile), 3);
+        one_line_item(true, probe_text(CheckTimeFile), 3);
     }
 }
 
-void SmallScreen::layout_b_item(bool enabled, Probe probe, size_t more_than, bool icons)
+void SmallScreen::two_line_item(bool enabled, Probe probe, size_t more_than, bool icons)
 {
     if (!enabled) {
         return;
@@ -150,23 +150,23 @@ void SmallScreen::layout_b_item(bool enabled, Probe probe, size_t more_than, boo
 
 // Two status lines per screen (every panel but the old one); the custom
 // text comes last.
-void SmallScreen::layout_b()
+void SmallScreen::two_lines_per_screen()
 {
     if (static_cast<unsigned int>(oled_type - 3) > 3) {
         return;  // no two-line layout for this kind
     }
     oled_->ShowOLEDClear(2, 8);
     row_ = 4;
-    layout_b_item(oled_display_cpu, CheckCpuFile, 4, false);
-    layout_b_item(oled_display_time, CheckTimeFile, 3, false);
-    layout_b_item(oled_display_vi, CheckViFile, 3, false);
-    layout_b_item(oled_display_vi && board_has_second_input(), CheckVi1File, 3, false);
-    layout_b_item(oled_display_ai, CheckAiFile, 3, false);
-    layout_b_item(oled_display_temp, CheckTemperature, 4, false);
-    layout_b_item(oled_display_ethspeed, CheckEthspeedFile, 0, false);
-    layout_b_item(oled_display_venc, CheckVencFile, 3, false);
-    layout_b_item(oled_display_io, CheckIOFile, 3, true);
-    layout_b_item(oled_display_io, CheckIO1File, 3, true);
+    two_line_item(oled_display_cpu, CheckCpuFile, 4, false);
+    two_line_item(oled_display_time, CheckTimeFile, 3, false);
+    two_line_item(oled_display_vi, CheckViFile, 3, false);
+    two_line_item(oled_display_vi && board_has_second_input(), CheckVi1File, 3, false);
+    two_line_item(oled_display_ai, CheckAiFile, 3, false);
+    two_line_item(oled_display_temp, CheckTemperature, 4, false);
+    two_line_item(oled_display_ethspeed, CheckEthspeedFile, 0, false);
+    two_line_item(oled_display_venc, CheckVencFile, 3, false);
+    two_line_item(oled_display_io, CheckIOFile, 3, true);
+    two_line_item(oled_display_io, CheckIO1File, 3, true);
 
     if (oled_string_enable) {
         const std::string custom = custom_text();
@@ -198,15 +198,15 @@ void SmallScreen::pass()
 
     const bool old_panel = oled_type == 1;
     if (oled_string_enable) {
-        old_panel ? layout_a(kFromCustomText) : layout_b();
+        old_panel ? one_line_per_screen(kFromCustomText) : two_lines_per_screen();
     } else if (oled_display_cpu) {
-        old_panel ? layout_a(kFromCpu) : layout_b();
+        old_panel ? one_line_per_screen(kFromCpu) : two_lines_per_screen();
     } else if (oled_display_vi || oled_display_ai || oled_display_venc || oled_display_ethspeed ||
                oled_display_time || oled_display_io) {
-        old_panel ? layout_a(kFromVideoInput) : layout_b();
+        old_panel ? one_line_per_screen(kFromVideoInput) : two_lines_per_screen();
     } else {
         hold();
-        old_panel ? layout_a(kFromTop) : layout_b();
+        old_panel ? one_line_per_screen(kFromTop) : two_lines_per_screen();
     }
     if (!busy_) {
         usleep(kIdlePassMicroseconds);

@@ -10,6 +10,7 @@
 #include "pin_setup.h"
 #include "create_thread.h"
 #include "runtime_settings.h"
+#include "led_loop.h"
 #include "screen_loops.h"
 #include "signal_handler.h"
 #include "singleton.h"

@@ -69,32 +69,32 @@ std::string custom_text()
 void init_argumnt()
 {
     std::shared_ptr<SoftwareConfig> config = Singleton<SoftwareConfig>::instance();
-    typedef SoftwareConfig C;
-    auto flag = [&config](C::SoftWareConfigID id) { return str2int(config->GetConfig(id)) != 0; };
+    typedef SoftwareConfig Config;
+    auto flag = [&config](Config::SoftWareConfigID id) { return str2int(config->GetConfig(id)) != 0; };
 
-    oled_type = str2int(config->GetConfig(C::OLed_a_kind_start));
-    oled_string_enable = flag(C::OLed_a_small_n_start);
-    const std::string text = config->GetConfig(C::OLed_a_small_n_buf);
+    oled_type = str2int(config->GetConfig(Config::OLed_a_kind_start));
+    oled_string_enable = flag(Config::OLed_a_small_n_start);
+    const std::string text = config->GetConfig(Config::OLed_a_small_n_buf);
     {
         std::lock_guard<std::mutex> hold(custom_text_lock());
         snprintf(oled_data, 21, "%s\n", text.c_str());
     }
-    led_outside = flag(C::OLed_a_led_start);
-    led_onboard = flag(C::kLed_onboard);
+    led_outside = flag(Config::OLed_a_led_start);
+    led_onboard = flag(Config::kLed_onboard);
     oled_led_on = led_onboard || led_outside;
-    oled_display_cpu = flag(C::OLed_a_cpu);
-    oled_display_ai = flag(C::OLed_a_ai);
-    oled_display_vi = flag(C::OLed_a_vi);
-    oled_display_ethspeed = flag(C::OLed_a_net);
-    oled_display_venc = flag(C::OLed_a_venc);
-    oled_display_temp = flag(C::OLed_a_temp);
-    oled_display_time = flag(C::OLed_a_start);
-    oled_sleep_time = str2int(config->GetConfig(C::OLed_a_sleep_tim));
-    oled_display_logo = flag(C::OLed_a_logo);
-    oled_display_io = flag(C::OLed_a_io);
+    oled_display_cpu = flag(Config::OLed_a_cpu);
+    oled_display_ai = flag(Config::OLed_a_ai);
+    oled_display_vi = flag(Config::OLed_a_vi);
+    oled_display_ethspeed = flag(Config::OLed_a_net);
+    oled_display_venc = flag(Config::OLed_a_venc);
+    oled_display_temp = flag(Config::OLed_a_temp);
+    oled_display_time = flag(Config::OLed_a_start);
+    oled_sleep_time = str2int(config->GetConfig(Config::OLed_a_sleep_tim));
+    oled_display_logo = flag(Config::OLed_a_logo);
+    oled_display_io = flag(Config::OLed_a_io);
 
     char china_str[64];  // read and kept nowhere: the setting has no effect
-    snprintf(china_str, sizeof(china_str), "%s", config->GetConfig(C::OLed_china_str).c_str());
+    snprintf(china_str, sizeof(china_str), "%s", config->GetConfig(Config::OLed_china_str).c_str());
     (void)china_str;
 
     if (g_sock > 2) {

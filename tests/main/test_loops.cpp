@@ -20,6 +20,7 @@
 #include "panel_fixture.h"
 #include "probe_scene.h"
 #include "runtime_settings.h"
+#include "led_loop.h"
 #include "screen_loops.h"
 #include "soc.h"
 
