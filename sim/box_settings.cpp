@@ -9,6 +9,7 @@
 
 #include "file_helpers.h"
 #include "path_on_box.h"
+#include "pin_text.h"
 
 namespace {
 
@@ -62,12 +63,5 @@ BoxSettings read_box_settings()
 
 bool parse_pin(const std::string& text, int* group, int* bit)
 {
-    if (text.find('_') == std::string::npos) {
-        return false;
-    }
-    std::vector<std::string> parts;
-    SplitString(text, parts, "_");
-    *group = parts.size() > 0 ? str2int(parts[0]) : -1;
-    *bit = parts.size() > 1 ? str2int(parts[1]) : -1;
-    return *group >= 0 && *group < 25 && *bit >= 0 && *bit < 8;
+    return read_pin_text(text, *group, *bit) && pin_exists(*group, *bit);
 }

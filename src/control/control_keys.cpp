@@ -3,14 +3,13 @@
 #include <stdio.h>
 #include <stdlib.h>
 
+#include "pin_text.h"
+
 namespace {
 
 typedef ControlEffect Effect;
 typedef ControlValueKind Kind;
 
-// The SoC has GPIO groups 0..24 of 8 bits.
-const int kLastGroup = 24;
-const int kLastBit = 7;
 // The panel's custom line holds 20 characters; the box copies at most 21
 // bytes, and a 21-byte text would lose its terminator there.
 const long kCustomTextMax = 20;
@@ -131,18 +130,13 @@ const ControlKey* find_control_key(const std::string& key)
 
 bool parse_pin(const std::string& text, int& group, int& bit)
 {
+    // Stricter in form than the settings file: digits alone, as the tool
+    // writes them, then read as every pin text is.
     const size_t bar = text.find('_');
-    if (bar == std::string::npos) {
-        return false;
-    }
     const std::string group_text = text.substr(0, bar);
-    const std::string bit_text = text.substr(bar + 1);
-    if (!all_digits(group_text) || !all_digits(bit_text) || group_text.size() > 2 || bit_text.size() > 1) {
-        return false;
-    }
-    group = atoi(group_text.c_str());
-    bit = atoi(bit_text.c_str());
-    return group <= kLastGroup && bit <= kLastBit;
+    const std::string bit_text = bar == std::string::npos ? "" : text.substr(bar + 1);
+    return all_digits(group_text) && all_digits(bit_text) && group_text.size() <= 2 && bit_text.size() == 1 &&
+           read_pin_text(text, group, bit) && pin_exists(group, bit);
 }
 
 std::string control_value_problem(const ControlKey& key, const std::string& value)
@@ -159,7 +153,7 @@ std::string control_value_problem(const ControlKey& key, const std::string& valu
             return "";
         }
         return std::string(key.key) + ": '" + shown_value(value) + "' is not a pin: GROUP_BIT (group 0.." +
-               number_text(kLastGroup) + ", bit 0.." + number_text(kLastBit) + ") or 0 for none";
+               number_text(kPinGroups - 1) + ", bit 0.." + number_text(kPinBits - 1) + ") or 0 for none";
     }
     }
     return "";

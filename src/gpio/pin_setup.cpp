@@ -6,6 +6,7 @@
 #include "bus_lines.h"
 #include "file_helpers.h"
 #include "gpio_master.h"
+#include "pin_text.h"
 #include "runtime_settings.h"
 #include "singleton.h"
 #include "software_config.h"
@@ -43,14 +44,7 @@ const BusLine kTwoWireLines[] = {
 // the controller refuses pins out of its range.
 bool pin_of(const std::string& text, Pin* pin)
 {
-    if (text.find('_') == std::string::npos) {
-        return false;
-    }
-    std::vector<std::string> parts;
-    SplitString(text, parts, "_");
-    pin->group = parts.size() > 0 ? str2int(parts[0]) : -1;
-    pin->bit = parts.size() > 1 ? str2int(parts[1]) : -1;
-    return true;
+    return read_pin_text(text, pin->group, pin->bit);
 }
 
 bool route_output(GPIOMaster& gpio, Config::SoftWareConfigID setting, Pin* pin)

@@ -9,6 +9,7 @@
 #include "file_helpers.h"
 #include "gpio_master.h"
 #include "path_on_box.h"
+#include "pin_text.h"
 #include "probe_text.h"
 #include "probes.h"
 #include "runtime_settings.h"
@@ -32,13 +33,9 @@ struct LedPin {
 LedPin set_up_pin(GPIOMaster& gpio, const char* text)
 {
     LedPin pin;
-    if (strchr(text, '_') == nullptr) {
+    if (!read_pin_text(text, pin.group, pin.bit)) {
         return pin;
     }
-    std::vector<std::string> parts;
-    SplitString(text, parts, "_");
-    pin.group = str2int(parts.size() > 0 ? parts[0] : "");
-    pin.bit = str2int(parts.size() > 1 ? parts[1] : "");
     gpio.pin_mux_gpio(pin.group, pin.bit);
     gpio.set_gpio_direction(pin.group, pin.bit, 1);
     return pin;
