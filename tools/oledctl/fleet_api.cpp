@@ -22,23 +22,22 @@ constexpr int kNetworkFailure = 502;
 constexpr int kNoAnswer = 504;
 
 std::string text_of(const Json& json) {
-    // Boxes send bytes, not always UTF-8; odd ones are shown replaced.
+    // A box's texts are made UTF-8 where they enter (settings_view::as_utf8);
+    // anything else odd is shown replaced.
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
 Reply answer(int status, const Json& json) { return {status, text_of(json)}; }
 
 Json box_json(const BoxState& box) {
-    Json settings = Json::object();
     std::string type;
     for (const auto& pair : box.settings) {
-        settings[pair.first] = pair.second;
         if (pair.first == "OLed_a_kind_start") type = pair.second;
     }
     Json json = {{"address", box.address}, {"answering", box.answering}};
     json["last_answer"] = box.last_answer != 0 ? Json(static_cast<long long>(box.last_answer)) : Json(nullptr);
-    json["panel"] = box.settings.empty() ? Json(nullptr) : Json(settings_view::panel_name(type));
-    json["settings"] = std::move(settings);
+    json["panel"] = box.settings.empty() ? Json(nullptr) : Json(settings_view::panel_name(settings_view::as_utf8(type)));
+    json["settings"] = settings_view::json_of(box.settings);
     json["refusals"] = box.refusals >= 0 ? Json(box.refusals) : Json(nullptr);
     return json;
 }

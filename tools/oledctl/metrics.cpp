@@ -97,8 +97,7 @@ std::string label_value(const std::string& text) {
         } else if (c == '\n') {
             out += "\\n";
         } else if (c >= 0x80) {
-            out += static_cast<char>(0xc0 | (c >> 6));
-            out += static_cast<char>(0x80 | (c & 0x3f));
+            out += settings_view::as_utf8(std::string(1, static_cast<char>(c)));
         } else {
             out += static_cast<char>(c);
         }

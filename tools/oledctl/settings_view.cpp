@@ -3,29 +3,10 @@
 #include <arpa/inet.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 
 namespace settings_view {
 namespace {
-
-std::string quoted(const std::string& text) {
-    std::string out = "\"";
-    for (unsigned char c : text) {
-        if (c == '"' || c == '\\') {
-            out += '\\';
-            out += static_cast<char>(c);
-        } else if (c < 0x20 || c >= 0x7f) {
-            // Bytes beyond ASCII are shown as Latin-1 so the output stays valid JSON.
-            char escape[8];
-            std::snprintf(escape, sizeof escape, "\\u%04x", c);
-            out += escape;
-        } else {
-            out += static_cast<char>(c);
-        }
-    }
-    return out + "\"";
-}
 
 const std::string* find(const protocol::Settings& settings, const std::string& key) {
     for (const auto& pair : settings) {
@@ -100,14 +81,26 @@ bool number(const protocol::Settings& settings, const std::string& key, long& va
     return leading_number(*text, value);
 }
 
-std::string to_json(const protocol::Settings& settings) {
-    std::string out = "{";
-    for (std::size_t i = 0; i < settings.size(); ++i) {
-        if (i != 0) out += ", ";
-        out += quoted(settings[i].first) + ": " + quoted(settings[i].second);
+std::string as_utf8(const std::string& bytes) {
+    std::string out;
+    for (unsigned char c : bytes) {
+        if (c >= 0x80) {
+            out += static_cast<char>(0xc0 | (c >> 6));
+            out += static_cast<char>(0x80 | (c & 0x3f));
+        } else {
+            out += static_cast<char>(c);
+        }
     }
-    return out + "}";
+    return out;
 }
+
+Json json_of(const protocol::Settings& settings) {
+    Json json = Json::object();
+    for (const auto& pair : settings) json[as_utf8(pair.first)] = as_utf8(pair.second);
+    return json;
+}
+
+std::string to_json(const protocol::Settings& settings) { return json_of(settings).dump(); }
 
 std::string summary(const std::string& address, const protocol::Settings& settings) {
     std::string shown;
@@ -148,12 +141,9 @@ std::vector<Box> sorted_unique(std::vector<Box> boxes) {
 }
 
 std::string to_json(const std::vector<Box>& boxes) {
-    std::string out = "[";
-    for (std::size_t i = 0; i < boxes.size(); ++i) {
-        if (i != 0) out += ",\n ";
-        out += "{\"address\": " + quoted(boxes[i].address) + ", \"settings\": " + to_json(boxes[i].settings) + "}";
-    }
-    return out + "]";
+    Json list = Json::array();
+    for (const Box& box : boxes) list.push_back({{"address", box.address}, {"settings", json_of(box.settings)}});
+    return list.dump();
 }
 
 }  // namespace settings_view

@@ -1,6 +1,7 @@
 #ifndef OLEDCTL_SETTINGS_VIEW_H
 #define OLEDCTL_SETTINGS_VIEW_H
 
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -9,8 +10,17 @@
 // How oledctl shows a box's settings to an operator or to a script.
 namespace settings_view {
 
+using Json = nlohmann::ordered_json;
+
 // One JSON object of the pairs, values as strings, in file order.
 std::string to_json(const protocol::Settings& settings);
+
+// A box's bytes as UTF-8, each byte beyond ASCII taken as Latin-1: a box
+// stores bytes, not always UTF-8, and the one rule holds for get --json,
+// the fleet API and /metrics alike (0xE9 is always "é").
+std::string as_utf8(const std::string& bytes);
+// The settings as a JSON object in the box's order.
+Json json_of(const protocol::Settings& settings);
 
 // One line: the address, then panel type, page hold time, shown pages and
 // LED switches.
