@@ -1,5 +1,6 @@
 #include "led_board.h"
 
+#include <cjson/cJSON.h>
 #include <stdio.h>
 
 #include "file_helpers.h"
@@ -8,45 +9,26 @@
 
 namespace {
 
-typedef SoftwareConfig C;
+typedef SoftwareConfig Config;
 
-const C::SoftWareConfigID kLedSettings[] = {
-    C::kLed_eth_gpio,    C::kLed_cpu_gpio,    C::kLed_hdmi_gpio,    C::kLed_pwr_gpio,
-    C::kLed_eth_onboard, C::kLed_cpu_onboard, C::kLed_hdmi_onboard,
+const Config::SoftWareConfigID kLedSettings[] = {
+    Config::kLed_eth_gpio,    Config::kLed_cpu_gpio,    Config::kLed_hdmi_gpio,    Config::kLed_pwr_gpio,
+    Config::kLed_eth_onboard, Config::kLed_cpu_onboard, Config::kLed_hdmi_onboard,
 };
-
-std::string json_string(const std::string& text)
-{
-    std::string out = "\"";
-    for (std::string::size_type i = 0; i < text.size(); ++i) {
-        const unsigned char c = static_cast<unsigned char>(text[i]);
-        if (c == '"' || c == '\\') {
-            out += '\\';
-            out += static_cast<char>(c);
-        } else if (c < 0x20) {
-            char escaped[8];
-            snprintf(escaped, sizeof(escaped), "\\u%04x", c);
-            out += escaped;
-        } else {
-            out += static_cast<char>(c);
-        }
-    }
-    return out + "\"";
-}
 
 }  // namespace
 
 LedBoard::LedBoard(const BoxSettings& box)
 {
-    for (C::SoftWareConfigID id : kLedSettings) {
+    for (Config::SoftWareConfigID id : kLedSettings) {
         Led led;
         led.key = SoftwareConfig::KeyName(id);
         led.pin_text = box.get(id);
         led.wired = parse_pin(led.pin_text, &led.group, &led.bit);
         // Each set has its own "on" level: LEDs wired active-high and
         // active-low are both served.
-        const bool onboard = id == C::kLed_eth_onboard || id == C::kLed_cpu_onboard || id == C::kLed_hdmi_onboard;
-        led.lit_when_high = str2int(box.get(onboard ? C::kLed_onboard_value : C::kLed_outside_value)) != 0;
+        const bool onboard = id == Config::kLed_eth_onboard || id == Config::kLed_cpu_onboard || id == Config::kLed_hdmi_onboard;
+        led.lit_when_high = str2int(box.get(onboard ? Config::kLed_onboard_value : Config::kLed_outside_value)) != 0;
         leds_.push_back(led);
     }
 }
@@ -54,27 +36,31 @@ LedBoard::LedBoard(const BoxSettings& box)
 std::string LedBoard::json() const
 {
     SimSoc& soc = SimSoc::instance();
-    std::string out = "{\n";
-    for (size_t i = 0; i < leds_.size(); ++i) {
-        const Led& led = leds_[i];
-        std::string level = "null";
-        std::string on = "null";
+    cJSON* all = cJSON_CreateObject();
+    for (const Led& led : leds_) {
+        cJSON* entry = cJSON_AddObjectToObject(all, led.key.c_str());
+        cJSON_AddStringToObject(entry, "pin", led.pin_text.c_str());
+        // null while the pin is no GPIO output
         if (led.wired && soc.is_output(led.group, led.bit)) {
             const bool high = soc.level(led.group, led.bit) != 0;
-            level = high ? "1" : "0";
-            on = high == led.lit_when_high ? "true" : "false";
+            cJSON_AddNumberToObject(entry, "level", high ? 1 : 0);
+            cJSON_AddBoolToObject(entry, "on", high == led.lit_when_high);
+        } else {
+            cJSON_AddNullToObject(entry, "level");
+            cJSON_AddNullToObject(entry, "on");
         }
-        out += "  " + json_string(led.key) + ": {\"pin\": " + json_string(led.pin_text) + ", \"level\": " + level +
-               ", \"on\": " + on + "}";
-        out += i + 1 < leds_.size() ? ",\n" : "\n";
     }
-    return out + "}\n";
+    char* text = cJSON_Print(all);
+    const std::string out = text != nullptr ? std::string(text) + "\n" : std::string();
+    cJSON_free(text);
+    cJSON_Delete(all);
+    return out;
 }
 
 std::vector<NamedPin> led_pins(const BoxSettings& box)
 {
     std::vector<NamedPin> pins;
-    for (C::SoftWareConfigID id : kLedSettings) {
+    for (Config::SoftWareConfigID id : kLedSettings) {
         NamedPin led;
         led.name = SoftwareConfig::KeyName(id);
         if (parse_pin(box.get(id), &led.pin.group, &led.pin.bit)) {
@@ -88,7 +74,7 @@ void set_mode_switch(const BoxSettings& box, int level)
 {
     int group = 0;
     int bit = 0;
-    if (parse_pin(box.get(C::kSwitch_gpio), &group, &bit)) {
+    if (parse_pin(box.get(Config::kSwitch_gpio), &group, &bit)) {
         SimSoc::instance().set_input_level(group, bit, level);
     }
 }

@@ -1,6 +1,6 @@
 #include "pgm_render.h"
 
-#include <regex>
+#include <cjson/cJSON.h>
 
 namespace {
 
@@ -20,18 +20,16 @@ const LedName kLeds[] = {
 
 std::string render_led_line(const std::string& json)
 {
+    cJSON* all = cJSON_Parse(json.c_str());
     std::string line = "outside:";
     for (size_t i = 0; i < sizeof(kLeds) / sizeof(kLeds[0]); ++i) {
         if (i == 4) {
             line += "   onboard:";
         }
-        const std::regex entry(std::string("\"") + kLeds[i].key + "\"\\s*:\\s*\\{[^}]*\"on\"\\s*:\\s*(null|true|false)");
-        std::smatch match;
-        std::string mark = "-";  // no pin
-        if (std::regex_search(json, match, entry) && match[1] != "null") {
-            mark = match[1] == "true" ? "ON" : "off";
-        }
+        const cJSON* on = cJSON_GetObjectItemCaseSensitive(cJSON_GetObjectItemCaseSensitive(all, kLeds[i].key), "on");
+        const char* mark = cJSON_IsTrue(on) ? "ON" : cJSON_IsFalse(on) ? "off" : "-";  // "-": no pin
         line += " " + std::string(kLeds[i].label) + "=" + mark;
     }
+    cJSON_Delete(all);
     return line + "\n";
 }
