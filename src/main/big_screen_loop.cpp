@@ -11,11 +11,21 @@
 #include "probes.h"
 #include "runtime_settings.h"
 #include "screen_loops.h"
+#include "status_lines.h"
 #include "singleton.h"
 
 namespace {
 
-typedef std::string (*Probe)();
+// The big panel's band, one line at a time.
+const StatusLine kBandLines[] = {
+    {&oled_display_cpu, CheckCpuFile, 4, false, false},
+    {&oled_display_vi, CheckViFile, 2, false, false},
+    {&oled_display_ai, CheckAiFile, 0, false, false},
+    {&oled_display_venc, CheckVencFile, 0, false, false},
+    {&oled_display_ethspeed, CheckEthspeedFile, 0, false, false},
+    {&oled_display_temp, CheckTemperature, 4, false, false},
+    {&oled_display_time, CheckTimeFile, 3, false, false},
+};
 
 // The status band under the address: 240 x 23 pixels from row 45.
 const unsigned char kBandTop = 45;
@@ -42,13 +52,13 @@ void show_in_band(OLEDBaMaster& big, const std::string& text)
     hold();
 }
 
-void show_probe(OLEDBaMaster& big, bool enabled, Probe probe, size_t more_than)
+void show_line(OLEDBaMaster& big, const StatusLine& line)
 {
-    if (!enabled) {
+    if (!*line.shown) {
         return;
     }
-    const std::string text = probe_text(probe);
-    if (text.size() > more_than) {
+    const std::string text = probe_text(line.probe);
+    if (text.size() > line.more_than) {
         show_in_band(big, text);
     }
 }
@@ -87,13 +97,9 @@ void* oled_big_loop(void*)
                      oled_display_ethspeed || oled_display_time)) {
             hold();  // the temperature switch is not part of this test, as on the box
         }
-        show_probe(*big, oled_display_cpu, CheckCpuFile, 4);
-        show_probe(*big, oled_display_vi, CheckViFile, 2);
-        show_probe(*big, oled_display_ai, CheckAiFile, 0);
-        show_probe(*big, oled_display_venc, CheckVencFile, 0);
-        show_probe(*big, oled_display_ethspeed, CheckEthspeedFile, 0);
-        show_probe(*big, oled_display_temp, CheckTemperature, 4);
-        show_probe(*big, oled_display_time, CheckTimeFile, 3);
+        for (const StatusLine& line : kBandLines) {
+            show_line(*big, line);
+        }
         if (!g_busy) {
             usleep(kIdlePassMicroseconds);
         }

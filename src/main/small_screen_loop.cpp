@@ -12,11 +12,10 @@
 #include "probes.h"
 #include "runtime_settings.h"
 #include "screen_loops.h"
+#include "status_lines.h"
 #include "singleton.h"
 
 namespace {
-
-typedef std::string (*Probe)();
 
 // A text of the loop's own, cut to what one draw call takes.
 unsigned char length_of(const std::string& text)
@@ -27,6 +26,39 @@ unsigned char length_of(const std::string& text)
 unsigned char* bytes_of(const std::string& text)
 {
     return reinterpret_cast<unsigned char*>(const_cast<char*>(text.c_str()));
+}
+
+// The old panel: one line per screen, after the custom text; the CPU line
+// is skipped by a pass that starts later.
+const StatusLine kOneLinePerScreen[] = {
+    {&oled_display_cpu, CheckCpuFile, 4, false, false},
+    {&oled_display_vi, CheckViFile, 3, false, false},
+    {&oled_display_vi, CheckVi1File, 3, true, false},
+    {&oled_display_ai, CheckAiFile, 3, false, false},
+    {&oled_display_venc, CheckVencFile, 3, false, false},
+    {&oled_display_ethspeed, CheckEthspeedFile, 0, false, false},
+    {&oled_display_temp, CheckTemperature, 4, false, false},
+    {&oled_display_time, CheckTimeFile, 3, false, false},
+};
+
+// Every other panel: two lines per screen, the custom text last.
+const StatusLine kTwoLinesPerScreen[] = {
+    {&oled_display_cpu, CheckCpuFile, 4, false, false},
+    {&oled_display_time, CheckTimeFile, 3, false, false},
+    {&oled_display_vi, CheckViFile, 3, false, false},
+    {&oled_display_vi, CheckVi1File, 3, true, false},
+    {&oled_display_ai, CheckAiFile, 3, false, false},
+    {&oled_display_temp, CheckTemperature, 4, false, false},
+    {&oled_display_ethspeed, CheckEthspeedFile, 0, false, false},
+    {&oled_display_venc, CheckVencFile, 3, false, false},
+    {&oled_display_io, CheckIOFile, 3, false, true},
+    {&oled_display_io, CheckIO1File, 3, false, true},
+};
+
+// Whether a line is for this box and switched on now.
+bool wanted(const StatusLine& line)
+{
+    return *line.shown && (!line.second_input || board_has_second_input());
 }
 
 class SmallScreen {
@@ -40,9 +72,9 @@ private:
 
     void show_address();
     void one_line_per_screen(OneLineStart start);
-    bool one_line_item(bool enabled, const std::string& text, size_t more_than);
+    void one_line_item(const std::string& text);
     void two_lines_per_screen();
-    void two_line_item(bool enabled, Probe probe, size_t more_than, bool icons);
+    void two_line_item(const StatusLine& line);
     void hold();
 
     std::shared_ptr<OLEDMaster> oled_;
@@ -75,16 +107,12 @@ void SmallScreen::show_address()
     puts(last_address_);
 }
 
-bool SmallScreen::one_line_item(bool enabled, const std::string& text, size_t more_than)
+void SmallScreen::one_line_item(const std::string& text)
 {
-    if (!enabled || text.size() <= more_than) {
-        return false;
-    }
     oled_->ShowOLEDClear(2, 8);
     oled_->ShowOLEDSmallString(1, 3, bytes_of(text), length_of(text));
     busy_ = true;
     hold();
-    return true;
 }
 
 // One status line per screen (the old panel). The uptime comes last and
@@ -92,49 +120,29 @@ bool SmallScreen::one_line_item(bool enabled, const std::string& text, size_t mo
 void SmallScreen::one_line_per_screen(OneLineStart start)
 {
     if (start <= kFromCustomText && oled_string_enable) {
-        const std::string custom = custom_text();
-        oled_->ShowOLEDClear(2, 8);
-        oled_->ShowOLEDSmallString(1, 3, bytes_of(custom), length_of(custom));
-        busy_ = true;
-        hold();
+        one_line_item(custom_text());
     }
-    if (start <= kFromCpu && oled_display_cpu) {
-        one_line_item(true, probe_text(CheckCpuFile), 4);
-    }
-    if (oled_display_vi) {
-        one_line_item(true, probe_text(CheckViFile), 3);
-        if (board_has_second_input()) {
-            one_line_item(oled_display_vi, probe_text(CheckVi1File), 3);
+    for (const StatusLine& line : kOneLinePerScreen) {
+        if ((start <= kFromCpu || line.probe != CheckCpuFile) && wanted(line)) {
+            const std::string text = probe_text(line.probe);
+            if (text.size() > line.more_than) {
+                one_line_item(text);
+            }
         }
-    }
-    if (oled_display_ai) {
-        one_line_item(true, probe_text(CheckAiFile), 3);
-    }
-    if (oled_display_venc) {
-        one_line_item(true, probe_text(CheckVencFile), 3);
-    }
-    if (oled_display_ethspeed) {
-        one_line_item(true, probe_text(CheckEthspeedFile), 0);
-    }
-    if (oled_display_temp) {
-        one_line_item(true, probe_text(CheckTemperature), 4);
-    }
-    if (oled_display_time) {
-        one_line_item(true, probe_text(CheckTimeFile), 3);
     }
 }
 
-void SmallScreen::two_line_item(bool enabled, Probe probe, size_t more_than, bool icons)
+void SmallScreen::two_line_item(const StatusLine& line)
 {
-    if (!enabled) {
+    if (!wanted(line)) {
         return;
     }
-    const std::string text = probe_text(probe);
-    if (text.size() <= more_than) {
+    const std::string text = probe_text(line.probe);
+    if (text.size() <= line.more_than) {
         return;
     }
     busy_ = true;
-    if (icons) {
+    if (line.icons) {
         oled_->ShowOLEDCustom(4, static_cast<unsigned char>(row_), bytes_of(text), length_of(text));
     } else {
         oled_->ShowOLEDSmallString(4, static_cast<unsigned char>(row_), bytes_of(text), length_of(text));
@@ -157,16 +165,9 @@ void SmallScreen::two_lines_per_screen()
     }
     oled_->ShowOLEDClear(2, 8);
     row_ = 4;
-    two_line_item(oled_display_cpu, CheckCpuFile, 4, false);
-    two_line_item(oled_display_time, CheckTimeFile, 3, false);
-    two_line_item(oled_display_vi, CheckViFile, 3, false);
-    two_line_item(oled_display_vi && board_has_second_input(), CheckVi1File, 3, false);
-    two_line_item(oled_display_ai, CheckAiFile, 3, false);
-    two_line_item(oled_display_temp, CheckTemperature, 4, false);
-    two_line_item(oled_display_ethspeed, CheckEthspeedFile, 0, false);
-    two_line_item(oled_display_venc, CheckVencFile, 3, false);
-    two_line_item(oled_display_io, CheckIOFile, 3, true);
-    two_line_item(oled_display_io, CheckIO1File, 3, true);
+    for (const StatusLine& line : kTwoLinesPerScreen) {
+        two_line_item(line);
+    }
 
     if (oled_string_enable) {
         const std::string custom = custom_text();
