@@ -1,7 +1,8 @@
 #include "cli_options.h"
 
-#include <cstdio>
+#include <getopt.h>
 
+#include <cstdio>
 #include <cstdlib>
 
 #include "protocol.h"
@@ -38,73 +39,108 @@ void warn_if_readable(const std::string& path) {
 }
 
 std::string parse_cli(int argc, char** argv, CliOptions& options) {
-    for (int i = 1; i < argc; ++i) {
-        const std::string word = argv[i];
-        const bool has_value = i + 1 < argc;
-        auto value_of = [&](std::string& value) {
-            if (!has_value) return false;
-            value = argv[++i];
-            return true;
-        };
-        std::string value;
-        if (word == "--help" || word == "-h") {
-            options.help = true;
-        } else if (word == "--all") {
-            options.all = true;
-        } else if (word == "--via-group") {
-            options.via_group = true;
-        } else if (word == "--json") {
-            options.json = true;
-        } else if (word == "--stats") {
-            options.stats = true;
-        } else if (word == "--no-check") {
-            options.no_check = true;
-        } else if (word == "--box" || word == "--iface" || word == "--port" || word == "--timeout" ||
-                   word == "--raw" || word == "--listen" || word == "--subnet" || word == "--token-file" ||
-                   word == "--metrics-token-file" || word == "--format" || word == "--output" ||
-                   word == "--key-file") {
-            if (!value_of(value)) return word + " needs a value";
-            if (word == "--box") {
-                if (!protocol::is_ipv4(value)) return "bad address '" + value + "': expected dotted IPv4";
-                options.box = value;
-            } else if (word == "--iface") {
-                options.iface = value;
-            } else if (word == "--listen") {
-                options.listen = value;
-            } else if (word == "--token-file") {
-                options.token_file = value;
-            } else if (word == "--metrics-token-file") {
-                options.metrics_token_file = value;
-            } else if (word == "--format") {
-                if (value != "text" && value != "json" && value != "prometheus-sd") {
-                    return "bad format '" + value + "': text, json or prometheus-sd";
-                }
-                options.format = value;
-            } else if (word == "--output") {
-                options.output = value;
-            } else if (word == "--key-file") {
-                const std::string error = signing::read_key_file(value, options.key);
-                if (!error.empty()) return error;
-                warn_if_readable(value);
-            } else if (word == "--subnet") {
-                if (options.subnet_given) return "--subnet given twice: list the subnets in one, joined by commas";
-                const std::string error = subnets::parse(value, options.subnet_addresses);
-                if (!error.empty()) return error;
-                options.subnet_given = true;
-            } else if (word == "--port") {
-                if (!read_port(value, options.port)) return "bad port '" + value + "': expected 1..65535";
-            } else if (word == "--timeout") {
-                if (!read_timeout(value, options.timeout)) return "bad timeout '" + value + "': seconds, 0 < t <= 3600";
+    enum Long { kJson = 256, kStats, kNoCheck, kAll, kViaGroup, kBox, kIface, kPort, kTimeout, kRaw, kListen, kSubnet,
+                kTokenFile, kMetricsTokenFile, kFormat, kOutput, kKeyFile };
+    static const option kOptions[] = {
+        {"help", no_argument, nullptr, 'h'},        {"all", no_argument, nullptr, kAll},
+        {"via-group", no_argument, nullptr, kViaGroup}, {"json", no_argument, nullptr, kJson},
+        {"stats", no_argument, nullptr, kStats},    {"no-check", no_argument, nullptr, kNoCheck},
+        {"box", required_argument, nullptr, kBox},  {"iface", required_argument, nullptr, kIface},
+        {"port", required_argument, nullptr, kPort}, {"timeout", required_argument, nullptr, kTimeout},
+        {"raw", required_argument, nullptr, kRaw},  {"listen", required_argument, nullptr, kListen},
+        {"subnet", required_argument, nullptr, kSubnet}, {"token-file", required_argument, nullptr, kTokenFile},
+        {"metrics-token-file", required_argument, nullptr, kMetricsTokenFile},
+        {"format", required_argument, nullptr, kFormat}, {"output", required_argument, nullptr, kOutput},
+        {"key-file", required_argument, nullptr, kKeyFile}, {nullptr, 0, nullptr, 0},
+    };
+    opterr = 0;  // the reasons below are ours
+    optind = 0;  // from the start, also when called again (the tests)
+    int given;
+    // "-": the verb and its items come back in their order, options may
+    // stand anywhere; ":": a missing value is told apart.
+    while ((given = getopt_long(argc, argv, "-:h", kOptions, nullptr)) != -1) {
+        const std::string value = optarg != nullptr ? optarg : "";
+        switch (given) {
+        case 1:  // a word that is no option: the verb, then its items
+            if (options.verb.empty()) {
+                options.verb = value;
             } else {
-                options.raw_given = true;
-                options.raw = value;
+                options.arguments.push_back(value);
             }
-        } else if (word.size() > 1 && word[0] == '-' && word.find('=') == std::string::npos) {
-            return "unknown option " + word;
-        } else if (options.verb.empty()) {
-            options.verb = word;
-        } else {
-            options.arguments.push_back(word);
+            break;
+        case 'h':
+            options.help = true;
+            break;
+        case kAll:
+            options.all = true;
+            break;
+        case kViaGroup:
+            options.via_group = true;
+            break;
+        case kJson:
+            options.json = true;
+            break;
+        case kStats:
+            options.stats = true;
+            break;
+        case kNoCheck:
+            options.no_check = true;
+            break;
+        case kBox:
+            if (!protocol::is_ipv4(value)) return "bad address '" + value + "': expected dotted IPv4";
+            options.box = value;
+            break;
+        case kIface:
+            options.iface = value;
+            break;
+        case kListen:
+            options.listen = value;
+            break;
+        case kTokenFile:
+            options.token_file = value;
+            break;
+        case kMetricsTokenFile:
+            options.metrics_token_file = value;
+            break;
+        case kFormat:
+            if (value != "text" && value != "json" && value != "prometheus-sd") {
+                return "bad format '" + value + "': text, json or prometheus-sd";
+            }
+            options.format = value;
+            break;
+        case kOutput:
+            options.output = value;
+            break;
+        case kKeyFile: {
+            const std::string error = signing::read_key_file(value, options.key);
+            if (!error.empty()) return error;
+            warn_if_readable(value);
+            break;
+        }
+        case kSubnet: {
+            if (options.subnet_given) return "--subnet given twice: list the subnets in one, joined by commas";
+            const std::string error = subnets::parse(value, options.subnet_addresses);
+            if (!error.empty()) return error;
+            options.subnet_given = true;
+            break;
+        }
+        case kPort:
+            if (!read_port(value, options.port)) return "bad port '" + value + "': expected 1..65535";
+            break;
+        case kTimeout:
+            if (!read_timeout(value, options.timeout)) return "bad timeout '" + value + "': seconds, 0 < t <= 3600";
+            break;
+        case kRaw:
+            options.raw_given = true;
+            options.raw = value;
+            break;
+        case ':':
+            return std::string(argv[optind - 1]) + " needs a value";
+        default: {
+            const std::string word = argv[optind - 1];
+            return "unknown option " + (optopt != 0 ? "-" + std::string(1, static_cast<char>(optopt))
+                                                    : word.substr(0, word.find('=')));
+        }
         }
     }
     return "";
