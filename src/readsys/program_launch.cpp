@@ -21,6 +21,7 @@ extern char** environ;
 namespace {
 
 std::atomic<unsigned long> g_started(0);
+std::atomic<SpawnCall> g_spawn(posix_spawn);
 
 // Errors that would also keep popen or system from starting the shell.
 bool out_of_resources(int error)
@@ -159,7 +160,7 @@ int spawn(const std::string& program, const ProgramCommand& command, int out, pi
             error = posix_spawn_file_actions_adddup2(&actions, out, STDOUT_FILENO);
         }
         if (error == 0) {
-            error = posix_spawn(&pid, program.c_str(), &actions, &attributes, argv.data(), environ);
+            error = g_spawn.load()(&pid, program.c_str(), &actions, &attributes, argv.data(), environ);
             if (error == 0) {
                 g_started.fetch_add(1);
             }
@@ -226,6 +227,11 @@ ProgramStart start(const ProgramCommand& command, int out, pid_t& pid, int& stat
 }
 
 }  // namespace
+
+void set_spawn_call(SpawnCall call)
+{
+    g_spawn = call != nullptr ? call : posix_spawn;
+}
 
 ProgramStart start_program_reader(const ProgramCommand& command, ProgramReader& reader)
 {

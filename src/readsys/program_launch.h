@@ -1,6 +1,7 @@
 #ifndef OLED_READSYS_PROGRAM_LAUNCH_H
 #define OLED_READSYS_PROGRAM_LAUNCH_H
 
+#include <spawn.h>
 #include <sys/types.h>
 
 #include <cstdio>
@@ -33,5 +34,11 @@ ProgramStart run_program(const ProgramCommand& command, int& status);
 
 // Programs started by this process so far without a shell.
 unsigned long programs_started();
+
+// The call that starts a program (posix_spawn's form), so that a test can
+// make it fail as the system would; nullptr puts posix_spawn back.
+typedef int (*SpawnCall)(pid_t* pid, const char* path, const posix_spawn_file_actions_t* actions,
+                         const posix_spawnattr_t* attributes, char* const argv[], char* const envp[]);
+void set_spawn_call(SpawnCall call);
 
 #endif

@@ -106,6 +106,40 @@ TEST(ProgramLaunch, AProgramReapedByTheSystemEndsTheWait)
     EXPECT_EQ(status, -1);
 }
 
+// The system refuses to start a program: out of processes or memory is a
+// failed probe for that pass (as popen failing), anything else the shell's
+// status; no descriptor or child is left either way.
+TEST(ProgramLaunch, AStartTheSystemRefusesLeavesNothingBehind)
+{
+    ProbeScene scene("");
+    scene.write_tool("/bin/tool", "#!/bin/sh\necho up\n");
+    ProgramCommand command;
+    ASSERT_TRUE(parse_program_command("tool", command));
+    static int refusal;
+    set_spawn_call([](pid_t*, const char*, const posix_spawn_file_actions_t*, const posix_spawnattr_t*, char* const*,
+                      char* const*) { return refusal; });
+    const struct {
+        int error;
+        ProgramStart start;
+    } kRefusals[] = {{EAGAIN, ProgramStart::failed}, {ENOMEM, ProgramStart::failed},
+                     {EACCES, ProgramStart::started}, {ENOEXEC, ProgramStart::needs_shell}};
+    for (const auto& row : kRefusals) {
+        refusal = row.error;
+        const int before = open_descriptors();
+        ProgramReader reader;
+        EXPECT_EQ(start_program_reader(command, reader), row.start) << strerror(row.error);
+        EXPECT_EQ(reader.pid, -1) << strerror(row.error);
+        if (reader.stream != nullptr) {
+            close_program_reader(reader);
+        }
+        EXPECT_EQ(open_descriptors(), before) << strerror(row.error);
+    }
+    set_spawn_call(nullptr);
+    int status = 0;
+    EXPECT_EQ(run_program(command, status), ProgramStart::started);
+    EXPECT_EQ(status, 0);
+}
+
 TEST(ProgramLaunch, PlainProgramCallsAreTheOnlyOnesStartedWithoutAShell)
 {
     ProgramCommand program;
