@@ -15,8 +15,8 @@
 #include <string>
 
 #include "box_root.h"
-#include "control_stats.h"
 #include "control_datagram.h"
+#include "control_stats.h"
 #include "runtime_settings.h"
 #include "settings_saver.h"
 #include "singleton.h"
@@ -192,7 +192,8 @@ int main(int argc, char** argv)
     fprintf(stderr, "changes: %ld datagrams in %.3f s = %.0f datagrams/s, file rewrites %ld (%s)\n", changes,
             changed.seconds, static_cast<double>(changes) / changed.seconds, changed.rewrites,
             kLiteral ? "in-place save and sync each" : "durable save each");
-    fprintf(stderr, "queries: %ld datagrams in %.3f s = %.0f datagrams/s, file rewrites %ld, replies %ld of %zu bytes\n",
+    fprintf(stderr,
+            "queries: %ld datagrams in %.3f s = %.0f datagrams/s, file rewrites %ld, replies %ld of %zu bytes\n",
             queries, queried.seconds, static_cast<double>(queries) / queried.seconds, queried.rewrites, replies.count,
             replies.count > 0 ? replies.bytes / static_cast<size_t>(replies.count) : static_cast<size_t>(0));
 

@@ -92,10 +92,10 @@ void report_mapping_lookup(long lookups)
         memmap(page, 128);
     }
     volatile uintptr_t sink = 0;
-    report_unpaced("memmap look-up, hit on the fifth record", ns_per_step(lookups, [&sink](long) {
-                       sink = sink + reinterpret_cast<uintptr_t>(memmap(0x121A0010, 128));
-                   }),
-                   "look-up");
+    report_unpaced(
+        "memmap look-up, hit on the fifth record",
+        ns_per_step(lookups, [&sink](long) { sink = sink + reinterpret_cast<uintptr_t>(memmap(0x121A0010, 128)); }),
+        "look-up");
     close(fd);
     unlink(path);
 }
@@ -136,9 +136,8 @@ int main(int argc, char** argv)
     printf("%ld writes each, best of %d rounds\n", writes, kRounds);
     report_paced("bare spin, no register", ns_per_step(writes, [](long) { bare_spin(); }));
     report_paced("set_reg on the simulated SoC", ns_per_step(writes, toggle));
-    report_unpaced("SoC store alone, no device", ns_per_step(writes, [&soc](long i) {
-                       soc.store(kDataAlias, (i & 1) != 0 ? 4u : 0u);
-                   }));
+    report_unpaced("SoC store alone, no device",
+                   ns_per_step(writes, [&soc](long i) { soc.store(kDataAlias, (i & 1) != 0 ? 4u : 0u); }));
 
     // As oledd-sim runs with an output folder: a device on the pin and a
     // change callback that schedules the output files.
@@ -147,9 +146,8 @@ int main(int argc, char** argv)
     soc.watch(4, 2, [&edges](int, int, int) { edges.fetch_add(1, std::memory_order_relaxed); });
     soc.on_change([&changes]() { changes.fetch_add(1, std::memory_order_relaxed); });
     report_paced("set_reg, SoC with a pin device and a change callback", ns_per_step(writes, toggle));
-    report_unpaced("SoC store alone, pin device and change callback", ns_per_step(writes, [&soc](long i) {
-                       soc.store(kDataAlias, (i & 1) != 0 ? 4u : 0u);
-                   }));
+    report_unpaced("SoC store alone, pin device and change callback",
+                   ns_per_step(writes, [&soc](long i) { soc.store(kDataAlias, (i & 1) != 0 ? 4u : 0u); }));
     printf("(%ld edges and %ld change calls seen)\n", edges.load(), changes.load());
     soc.reset();
     report_mapping_lookup(writes);

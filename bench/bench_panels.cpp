@@ -70,8 +70,8 @@ void measure(const char* what, double fixed_waits, Fn fn)
     const uint64_t writes = SimSoc::instance().stores() - before;
     const double floor = static_cast<double>(writes) * 1e-6;
     const double bus = elapsed - fixed_waits;
-    printf("%-34s %9llu writes  floor %7.3f s  took %7.3f s  (bus %7.3f s = %.2f x floor, fixed waits %.3f s)\n",
-           what, static_cast<unsigned long long>(writes), floor, elapsed, bus, bus / floor, fixed_waits);
+    printf("%-34s %9llu writes  floor %7.3f s  took %7.3f s  (bus %7.3f s = %.2f x floor, fixed waits %.3f s)\n", what,
+           static_cast<unsigned long long>(writes), floor, elapsed, bus, bus / floor, fixed_waits);
 }
 
 }  // namespace
@@ -79,8 +79,9 @@ void measure(const char* what, double fixed_waits, Fn fn)
 int main(int argc, char** argv)
 {
     if (argc > 1) {
-        printf("usage: bench_panels\n\nTimes a full big-panel fill, the logo sweep and a small-panel clear\n"
-               "on the simulated SoC against the pacing floor (1 us per register write).\n");
+        printf(
+            "usage: bench_panels\n\nTimes a full big-panel fill, the logo sweep and a small-panel clear\n"
+            "on the simulated SoC against the pacing floor (1 us per register write).\n");
         return std::string(argv[1]) == "--help" ? 0 : 2;
     }
     wire(0);

@@ -133,11 +133,12 @@ int main(int argc, char** argv)
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
         if (arg == "--help" || arg == "-h") {
-            printf("usage: bench_probes [--passes N]\n\n"
-                   "Runs the LED loop's and the screen loop's probe sets N times (default 200)\n"
-                   "in the in-process and the literal shell mode on a copy of the good fixture\n"
-                   "box, and prints calls per second, shells and processes spawned per pass and\n"
-                   "CPU time per call (this process and its children).\n");
+            printf(
+                "usage: bench_probes [--passes N]\n\n"
+                "Runs the LED loop's and the screen loop's probe sets N times (default 200)\n"
+                "in the in-process and the literal shell mode on a copy of the good fixture\n"
+                "box, and prints calls per second, shells and processes spawned per pass and\n"
+                "CPU time per call (this process and its children).\n");
             return 0;
         } else if (arg == "--passes" && i + 1 < argc && atoi(argv[i + 1]) > 0) {
             passes = atoi(argv[++i]);

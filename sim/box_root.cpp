@@ -7,7 +7,7 @@
 namespace {
 // Never destroyed: the loops still run probes while the process exits.
 std::string& g_root = *new std::string;
-}
+}  // namespace
 
 void set_box_root(const std::string& root)
 {

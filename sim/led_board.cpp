@@ -27,7 +27,8 @@ LedBoard::LedBoard(const BoxSettings& box)
         led.wired = parse_pin(led.pin_text, &led.group, &led.bit);
         // Each set has its own "on" level: LEDs wired active-high and
         // active-low are both served.
-        const bool onboard = id == Config::kLed_eth_onboard || id == Config::kLed_cpu_onboard || id == Config::kLed_hdmi_onboard;
+        const bool onboard =
+            id == Config::kLed_eth_onboard || id == Config::kLed_cpu_onboard || id == Config::kLed_hdmi_onboard;
         led.lit_when_high = str2int(box.get(onboard ? Config::kLed_onboard_value : Config::kLed_outside_value)) != 0;
         leds_.push_back(led);
     }

@@ -52,7 +52,7 @@ private:
         Renderer render;
         std::string last;
         bool written;
-        std::unique_ptr<std::atomic<bool> > dirty;
+        std::unique_ptr<std::atomic<bool>> dirty;
     };
 
     std::string folder_;

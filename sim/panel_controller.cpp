@@ -11,9 +11,8 @@ struct Arity {
 // 1.29-inch and the old 32-row panel): scrolling, addressing, charge
 // pump, DC-DC and timing commands.
 const Arity kMonochromeArity[] = {
-    {0x20, 1}, {0x21, 2}, {0x22, 2}, {0x26, 6}, {0x27, 6}, {0x29, 5}, {0x2A, 5}, {0x81, 1},
-    {0x82, 1}, {0x8D, 1}, {0x91, 4}, {0xA3, 2}, {0xA8, 1}, {0xAD, 1}, {0xD3, 1}, {0xD5, 1},
-    {0xD8, 1}, {0xD9, 1}, {0xDA, 1}, {0xDB, 1},
+    {0x20, 1}, {0x21, 2}, {0x22, 2}, {0x26, 6}, {0x27, 6}, {0x29, 5}, {0x2A, 5}, {0x81, 1}, {0x82, 1}, {0x8D, 1},
+    {0x91, 4}, {0xA3, 2}, {0xA8, 1}, {0xAD, 1}, {0xD3, 1}, {0xD5, 1}, {0xD8, 1}, {0xD9, 1}, {0xDA, 1}, {0xDB, 1},
 };
 
 // The greyscale controller's double-byte commands.
@@ -49,8 +48,8 @@ int PanelController::width() const
 int PanelController::argument_count(uint8_t command) const
 {
     const Arity* table = model_ == kMonochrome128x64 ? kMonochromeArity : kGreyArity;
-    const size_t size = model_ == kMonochrome128x64 ? sizeof(kMonochromeArity) / sizeof(Arity)
-                                                     : sizeof(kGreyArity) / sizeof(Arity);
+    const size_t size =
+        model_ == kMonochrome128x64 ? sizeof(kMonochromeArity) / sizeof(Arity) : sizeof(kGreyArity) / sizeof(Arity);
     for (size_t i = 0; i < size; ++i) {
         if (table[i].command == command) {
             return table[i].count;

@@ -27,7 +27,7 @@ void wire_panel_outputs(const BoxSettings& box)
     OutputFiles& files = OutputFiles::instance();
     // The files are registered once the panel is wired; until then the
     // tap marks nothing. Nothing taps before the daemon starts.
-    std::shared_ptr<std::vector<int> > ids = std::make_shared<std::vector<int> >();
+    std::shared_ptr<std::vector<int>> ids = std::make_shared<std::vector<int>>();
     std::shared_ptr<PanelController> panel = attach_panel(box, [ids](bool, uint8_t) {
         for (int id : *ids) {
             OutputFiles::instance().mark_dirty(id);

@@ -70,8 +70,8 @@ private:
     uint32_t input_[25];
     uint32_t pulled_low_[25];
     std::map<uint32_t, uint32_t> mux_;
-    std::map<int, std::vector<PinListener> > listeners_;  // key group * 8 + bit
-    uint32_t watched_[25];                                // bits with listeners
+    std::map<int, std::vector<PinListener>> listeners_;  // key group * 8 + bit
+    uint32_t watched_[25];                               // bits with listeners
     // Filled once each and published by the count, so a store calls them
     // without copying or locking; every bus bit is a store.
     std::function<void()> change_callbacks_[kMaxChangeCallbacks];

@@ -25,8 +25,7 @@ TwoWireDecoder::TwoWireDecoder(PanelByteSink sink)
       expect_control_(true),
       single_byte_(false),
       data_mode_(false)
-{
-}
+{}
 
 void TwoWireDecoder::attach(SimPin sda, SimPin scl)
 {

@@ -12,9 +12,9 @@
 // addressed acknowledges as a real one does: it pulls the data line low
 // from the eighth bit's falling clock to the ninth's (open drain), so the
 // master's own edges then are no conditions on the line. Edges the master
-// makes in the slot of a byte not acknowledged are not conditions either. A transaction addressed to 0x78 carries a control byte
-// (bit 6: data, else commands; bit 7: one byte, then another control
-// byte) and then its bytes; other addresses are ignored.
+// makes in the slot of a byte not acknowledged are not conditions either. A transaction addressed to 0x78 carries a
+// control byte (bit 6: data, else commands; bit 7: one byte, then another control byte) and then its bytes; other
+// addresses are ignored.
 class TwoWireDecoder : public std::enable_shared_from_this<TwoWireDecoder> {
 public:
     explicit TwoWireDecoder(PanelByteSink sink);

@@ -115,8 +115,7 @@ void VcdWriter::put(const char* text, int length)
         full_ = true;
         fprintf(file_, "$comment oledd-sim stopped recording here: the file reached its size limit $end\n");
         fflush(file_);
-        fprintf(stderr, "oledd-sim: %s reached %" PRIu64 " bytes; nothing more is recorded\n", path_.c_str(),
-                written_);
+        fprintf(stderr, "oledd-sim: %s reached %" PRIu64 " bytes; nothing more is recorded\n", path_.c_str(), written_);
         return;
     }
     written_ += fwrite(text, 1, static_cast<size_t>(length), file_);

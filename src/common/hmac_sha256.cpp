@@ -26,8 +26,7 @@ std::string hmac_sha256_hex(const std::string& key, const std::string& message)
     unsigned char mac[crypto_auth_hmacsha256_BYTES];
     crypto_auth_hmacsha256_state state;
     crypto_auth_hmacsha256_init(&state, reinterpret_cast<const unsigned char*>(key.data()), key.size());
-    crypto_auth_hmacsha256_update(&state, reinterpret_cast<const unsigned char*>(message.data()),
-                                  message.size());
+    crypto_auth_hmacsha256_update(&state, reinterpret_cast<const unsigned char*>(message.data()), message.size());
     crypto_auth_hmacsha256_final(&state, mac);
     // Not sodium_bin2hex: its file brings base64 along, 1.7 KiB of flash.
     char hex[2 * sizeof(mac) + 1];

@@ -29,10 +29,12 @@ struct SwitchFlag {
 };
 
 const SwitchFlag kSwitchFlags[] = {
-    {"led_on", &led_outside},        {"oled_str_en", &oled_string_enable}, {"cpu", &oled_display_cpu},
-    {"vi", &oled_display_vi},        {"ai", &oled_display_ai},             {"net", &oled_display_ethspeed},
-    {"time", &oled_display_time},    {"venc", &oled_display_venc},         {"temp", &oled_display_temp},
-    {"io", &oled_display_io},        {"logo", &oled_display_logo},
+    {"led_on", &led_outside},     {"oled_str_en", &oled_string_enable},
+    {"cpu", &oled_display_cpu},   {"vi", &oled_display_vi},
+    {"ai", &oled_display_ai},     {"net", &oled_display_ethspeed},
+    {"time", &oled_display_time}, {"venc", &oled_display_venc},
+    {"temp", &oled_display_temp}, {"io", &oled_display_io},
+    {"logo", &oled_display_logo},
 };
 
 // A reply is one datagram: the file beyond what one can carry is not sent.
@@ -106,8 +108,7 @@ bool no_reply_address(const std::string& address, const std::vector<uint32_t>& o
     }
     const uint32_t host = ntohl(parsed.s_addr);
     const uint32_t first = host >> 24;
-    return first == 0 || first == 127 || first >= 224 ||
-           std::find(own.begin(), own.end(), parsed.s_addr) != own.end();
+    return first == 0 || first == 127 || first >= 224 || std::find(own.begin(), own.end(), parsed.s_addr) != own.end();
 }
 
 // State of one datagram while its items are carried out.
@@ -147,8 +148,8 @@ void send_reply(const std::string& value, Datagram& datagram)
         datagram.destination.address = address;
         // An address alone has no port of its own: the sender's, not one
         // an earlier item of the datagram named.
-        datagram.destination.port = parts.size() > 1 ? static_cast<unsigned int>(strtol_(parts[1].c_str(), 10))
-                                                     : datagram.sender_port;
+        datagram.destination.port =
+            parts.size() > 1 ? static_cast<unsigned int>(strtol_(parts[1].c_str(), 10)) : datagram.sender_port;
     }
     const std::string& address = datagram.destination.address;
     if (no_reply_address(address, datagram.context.own_addresses)) {
@@ -199,46 +200,46 @@ void carry_out(const ControlKey& key, const std::string& value, Datagram& datagr
     SoftwareConfig& config = datagram.config;
     const Config::SoftWareConfigID id = setting_id(key.setting);
     switch (key.effect) {
-    case ControlEffect::Marker:
-        printf("controlled ip %s\n", shown_value(value, value.size()).c_str());
-        break;
-    case ControlEffect::Switch:
-        if (RelaxedAtomic<bool>* flag = switch_flag(key.key)) {
-            *flag = str2int(value) != 0;
-        }
-        config.SetConfig(id, str2int(value));
-        break;
-    case ControlEffect::StoreOnly:
-        if (key.kind == ControlValueKind::Integer) {
+        case ControlEffect::Marker:
+            printf("controlled ip %s\n", shown_value(value, value.size()).c_str());
+            break;
+        case ControlEffect::Switch:
+            if (RelaxedAtomic<bool>* flag = switch_flag(key.key)) {
+                *flag = str2int(value) != 0;
+            }
             config.SetConfig(id, str2int(value));
-        } else {
+            break;
+        case ControlEffect::StoreOnly:
+            if (key.kind == ControlValueKind::Integer) {
+                config.SetConfig(id, str2int(value));
+            } else {
+                config.SetConfig(id, value);
+            }
+            break;
+        case ControlEffect::CustomText:
             config.SetConfig(id, value);
-        }
-        break;
-    case ControlEffect::CustomText:
-        config.SetConfig(id, value);
-        publish_custom_text(value);
-        break;
-    case ControlEffect::SleepTime:
-        config.SetConfig(id, str2int(value));
-        oled_sleep_time = str2int(value);
-        break;
-    case ControlEffect::LedTest:
-        led_test = str2int(value);
-        break;
-    case ControlEffect::Reply:
-        send_reply(value, datagram);
-        break;
-    case ControlEffect::Stats:
-        send_stats(datagram);
-        break;
+            publish_custom_text(value);
+            break;
+        case ControlEffect::SleepTime:
+            config.SetConfig(id, str2int(value));
+            oled_sleep_time = str2int(value);
+            break;
+        case ControlEffect::LedTest:
+            led_test = str2int(value);
+            break;
+        case ControlEffect::Reply:
+            send_reply(value, datagram);
+            break;
+        case ControlEffect::Stats:
+            send_stats(datagram);
+            break;
     }
 }
 
 // One item of a datagram, taken apart once.
 struct Item {
     std::string key;
-    std::string value;      // up to its first line break; "" is no value
+    std::string value;          // up to its first line break; "" is no value
     const ControlKey* command;  // nullptr: no key of the protocol
 };
 
@@ -306,20 +307,20 @@ void count_refusal(DatagramAuth::Refusal why, ControlStats* stats)
         return;
     }
     switch (why) {
-    case DatagramAuth::kNotSigned:
-        ++stats->not_signed;
-        break;
-    case DatagramAuth::kWrongMac:
-        ++stats->wrong_mac;
-        break;
-    case DatagramAuth::kOldCounter:
-        ++stats->old_counter;
-        break;
-    case DatagramAuth::kUnusable:
-        ++stats->unusable_key_or_counter;
-        break;
-    case DatagramAuth::kNone:
-        break;
+        case DatagramAuth::kNotSigned:
+            ++stats->not_signed;
+            break;
+        case DatagramAuth::kWrongMac:
+            ++stats->wrong_mac;
+            break;
+        case DatagramAuth::kOldCounter:
+            ++stats->old_counter;
+            break;
+        case DatagramAuth::kUnusable:
+            ++stats->unusable_key_or_counter;
+            break;
+        case DatagramAuth::kNone:
+            break;
     }
 }
 

@@ -33,7 +33,7 @@ public:
 
 // For each pin setting, the pins (group * 8 + bit) a datagram may give
 // it besides 0: its own at start and the board's default for it.
-typedef std::map<std::string, std::vector<int> > PinsAtStart;
+typedef std::map<std::string, std::vector<int>> PinsAtStart;
 
 // What datagrams act with for the server's lifetime.
 struct ControlContext {

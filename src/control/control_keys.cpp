@@ -113,7 +113,8 @@ const ControlKey kControlKeys[] = {
     {"hdmi_led", Effect::StoreOnly, Kind::Pin, 0, 0, "kLed_hdmi_gpio", "video LED pin"},
     {"test", Effect::LedTest, Kind::Integer, 0, 2147483647L, "", "LED test: non-zero lights the LEDs (not stored)"},
     {"replyoled", Effect::Reply, Kind::Text, 0, 0, "", "sends the settings file to ADDRESS:PORT, or to the sender"},
-    {"replystats", Effect::Stats, Kind::Text, 0, 0, "", "sends what the box took and refused since it started, to the sender"},
+    {"replystats", Effect::Stats, Kind::Text, 0, 0, "",
+     "sends what the box took and refused since it started, to the sender"},
 };
 
 const size_t kControlKeyCount = sizeof(kControlKeys) / sizeof(kControlKeys[0]);
@@ -142,19 +143,19 @@ bool parse_pin(const std::string& text, int& group, int& bit)
 std::string control_value_problem(const ControlKey& key, const std::string& value)
 {
     switch (key.kind) {
-    case Kind::Integer:
-        return integer_problem(key, value);
-    case Kind::Text:
-        return key.effect == Effect::CustomText ? text_problem(key, value) : std::string();
-    case Kind::Pin: {
-        int group = 0;
-        int bit = 0;
-        if (value == "0" || parse_pin(value, group, bit)) {
-            return "";
+        case Kind::Integer:
+            return integer_problem(key, value);
+        case Kind::Text:
+            return key.effect == Effect::CustomText ? text_problem(key, value) : std::string();
+        case Kind::Pin: {
+            int group = 0;
+            int bit = 0;
+            if (value == "0" || parse_pin(value, group, bit)) {
+                return "";
+            }
+            return std::string(key.key) + ": '" + shown_value(value) + "' is not a pin: GROUP_BIT (group 0.." +
+                   number_text(kPinGroups - 1) + ", bit 0.." + number_text(kPinBits - 1) + ") or 0 for none";
         }
-        return std::string(key.key) + ": '" + shown_value(value) + "' is not a pin: GROUP_BIT (group 0.." +
-               number_text(kPinGroups - 1) + ", bit 0.." + number_text(kPinBits - 1) + ") or 0 for none";
-    }
     }
     return "";
 }

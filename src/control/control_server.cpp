@@ -59,7 +59,8 @@ public:
         if (verdict != ReplyLimiter::kSend) {
             const bool own = limiter_.held_by() == ReplyLimiter::kPerDestination;
             ++(own ? stats_.held_per_destination : stats_.held_whole_box);
-            (own ? stats_.bytes_held_per_destination : stats_.bytes_held_whole_box) += static_cast<unsigned long>(bytes);
+            (own ? stats_.bytes_held_per_destination : stats_.bytes_held_whole_box) +=
+                static_cast<unsigned long>(bytes);
             return;
         }
         // A lost reply is not retried: the tool asks again. A send the
@@ -129,8 +130,8 @@ void follow_interface(UDPSocket& socket, ControlContext& context, bool& joined)
     }
     // Still a member on eth0 (EADDRINUSE) when the address it lost could
     // not be used to leave: as good as joined.
-    joined = address[0] != '\0' &&
-             (socket.AddMemberShip(kControlGroup, kControlInterface, true, 0) || errno == EADDRINUSE);
+    joined =
+        address[0] != '\0' && (socket.AddMemberShip(kControlGroup, kControlInterface, true, 0) || errno == EADDRINUSE);
     context.local_address = address;
 }
 
@@ -167,7 +168,8 @@ bool oled_ump(unsigned int port)
     auth.load();
     // Without an address on eth0 a box obeys no aimed datagram, and serves
     // unicast alone until the group can be joined.
-    ControlContext context = {"", pins_at_start(), &reply, &saver, &auth, {}, &stats, static_cast<long long>(time(nullptr))};
+    ControlContext context = {
+        "", pins_at_start(), &reply, &saver, &auth, {}, &stats, static_cast<long long>(time(nullptr))};
     bool joined = false;
     follow_interface(*socket, context, joined);
     int64_t looked_ms = monotonic_ms();

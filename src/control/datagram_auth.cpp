@@ -75,8 +75,7 @@ void DatagramAuth::load()
     int error = 0;
     if (!read_small_file(kCounterFile, 32, counter, error)) {
         state_ = kBroken;
-        printf("%s: cannot be read (%s): every change is refused until it is fixed\n", kCounterFile,
-               strerror(error));
+        printf("%s: cannot be read (%s): every change is refused until it is fixed\n", kCounterFile, strerror(error));
         return;
     }
     if (!counter.empty() && counter[counter.size() - 1] == '\n') {

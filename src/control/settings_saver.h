@@ -57,11 +57,11 @@ private:
     pthread_mutex_t mutex_;
     bool pending_;
     bool failed_;
-    RelaxedAtomic<unsigned long> saves_{0};            // the last save could not be made: the next change or a signal tries again
-    bool written_;           // a write within the process's life
-    int64_t written_ms_;     // of the last write
-    std::string saved_;      // the store's text as last saved
-    std::string unsaved_;    // the text waiting to be written while pending_
+    RelaxedAtomic<unsigned long> saves_{0};  // the last save could not be made: the next change or a signal tries again
+    bool written_;                           // a write within the process's life
+    int64_t written_ms_;                     // of the last write
+    std::string saved_;                      // the store's text as last saved
+    std::string unsaved_;                    // the text waiting to be written while pending_
 };
 
 // The daemon's one saver, for its control server and its signal path.

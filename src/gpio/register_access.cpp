@@ -85,6 +85,4 @@ int Delayms(int ms)
     return rc;
 }
 
-void Delay()
-{
-}
+void Delay() {}

@@ -4,15 +4,15 @@
 
 #include <string>
 
-#include "loop_pause.h"
 #include "interface_tables.h"
+#include "loop_pause.h"
 #include "oled_ba_master.h"
 #include "probe_text.h"
 #include "probes.h"
 #include "runtime_settings.h"
 #include "screen_loops.h"
-#include "status_lines.h"
 #include "singleton.h"
+#include "status_lines.h"
 
 namespace {
 

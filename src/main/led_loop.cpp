@@ -8,12 +8,12 @@
 #include "board_defaults.h"
 #include "file_helpers.h"
 #include "gpio_master.h"
+#include "led_loop.h"
 #include "path_on_box.h"
 #include "pin_text.h"
 #include "probe_text.h"
 #include "probes.h"
 #include "runtime_settings.h"
-#include "led_loop.h"
 #include "singleton.h"
 #include "software_config.h"
 

@@ -5,15 +5,15 @@
 #include <string>
 
 #include "board_defaults.h"
-#include "loop_pause.h"
 #include "interface_tables.h"
+#include "loop_pause.h"
 #include "oled_master.h"
 #include "probe_text.h"
 #include "probes.h"
 #include "runtime_settings.h"
 #include "screen_loops.h"
-#include "status_lines.h"
 #include "singleton.h"
+#include "status_lines.h"
 
 namespace {
 
@@ -202,8 +202,8 @@ void SmallScreen::pass()
         old_panel ? one_line_per_screen(kFromCustomText) : two_lines_per_screen();
     } else if (oled_display_cpu) {
         old_panel ? one_line_per_screen(kFromCpu) : two_lines_per_screen();
-    } else if (oled_display_vi || oled_display_ai || oled_display_venc || oled_display_ethspeed ||
-               oled_display_time || oled_display_io) {
+    } else if (oled_display_vi || oled_display_ai || oled_display_venc || oled_display_ethspeed || oled_display_time ||
+               oled_display_io) {
         old_panel ? one_line_per_screen(kFromVideoInput) : two_lines_per_screen();
     } else {
         hold();

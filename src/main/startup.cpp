@@ -7,10 +7,10 @@
 
 #include "board_identity.h"
 #include "control_server.h"
-#include "pin_setup.h"
 #include "create_thread.h"
-#include "runtime_settings.h"
 #include "led_loop.h"
+#include "pin_setup.h"
+#include "runtime_settings.h"
 #include "screen_loops.h"
 #include "signal_handler.h"
 #include "singleton.h"

@@ -39,8 +39,8 @@ bool ask(int sock, const ifreq& entry, unsigned long request, const char* failur
     }
     if (request == SIOCGIFHWADDR) {
         const unsigned char* hw = reinterpret_cast<const unsigned char*>(req.ifr_hwaddr.sa_data);
-        snprintf(field, NetworkInfo::kItemSize, "%02x:%02x:%02x:%02x:%02x:%02x", hw[0], hw[1], hw[2], hw[3],
-                 hw[4], hw[5]);
+        snprintf(field, NetworkInfo::kItemSize, "%02x:%02x:%02x:%02x:%02x:%02x", hw[0], hw[1], hw[2], hw[3], hw[4],
+                 hw[5]);
     } else {
         dotted(req.ifr_addr, field);
     }
@@ -76,22 +76,22 @@ bool select_item(const InterfaceItems& items, NetworkInfo::IF_CONFIG item, char*
 {
     const char* field = nullptr;
     switch (item) {
-    case NetworkInfo::IF_ADDR:
-        field = items.addr;
-        break;
-    case NetworkInfo::IF_BRDADDR:
-        field = items.brdaddr;
-        break;
-    case NetworkInfo::IF_NETMASK:
-        field = items.netmask;
-        break;
-    case NetworkInfo::IF_HWADDR:
-        field = items.hwaddr;
-        break;
-    case NetworkInfo::IF_ALL:
-        snprintf(out, NetworkInfo::kAllItemsSize, "mac:%.17s@ip:%.15s@mask:%.15s@braod:%.15s", items.hwaddr, items.addr,
-                 items.netmask, items.brdaddr);
-        return true;
+        case NetworkInfo::IF_ADDR:
+            field = items.addr;
+            break;
+        case NetworkInfo::IF_BRDADDR:
+            field = items.brdaddr;
+            break;
+        case NetworkInfo::IF_NETMASK:
+            field = items.netmask;
+            break;
+        case NetworkInfo::IF_HWADDR:
+            field = items.hwaddr;
+            break;
+        case NetworkInfo::IF_ALL:
+            snprintf(out, NetworkInfo::kAllItemsSize, "mac:%.17s@ip:%.15s@mask:%.15s@braod:%.15s", items.hwaddr,
+                     items.addr, items.netmask, items.brdaddr);
+            return true;
     }
     if (field == nullptr || field[0] == '\0') {
         return false;

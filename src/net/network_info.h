@@ -6,13 +6,7 @@
 class NetworkInfo {
 public:
     // The values are the request codes of the items they name.
-    enum IF_CONFIG {
-        IF_ADDR = 0x8915,
-        IF_BRDADDR = 0x8919,
-        IF_NETMASK = 0x891B,
-        IF_ALL = 0x891C,
-        IF_HWADDR = 0x8927
-    };
+    enum IF_CONFIG { IF_ADDR = 0x8915, IF_BRDADDR = 0x8919, IF_NETMASK = 0x891B, IF_ALL = 0x891C, IF_HWADDR = 0x8927 };
 
     // Bytes that out must hold for IF_ALL: a 17-character hardware address,
     // three 15-character addresses, their labels and the terminator. The

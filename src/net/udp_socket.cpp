@@ -261,8 +261,8 @@ int UDPSocket::EchoTo(const char* buf, long len, bool verbose)
         printf("Receive client (%s:%u) on socket: %d  \nmessage:%.*s\n", GetClientSocketIP().c_str(),
                static_cast<unsigned int>(ntohs(client_addr.sin_port)), sock_fd, shown, buf != nullptr ? buf : "");
     }
-    return static_cast<int>(sendto(sock_fd, buf, length_of(len), 0, reinterpret_cast<const sockaddr*>(&client_addr),
-                                   peer_addr_len));
+    return static_cast<int>(
+        sendto(sock_fd, buf, length_of(len), 0, reinterpret_cast<const sockaddr*>(&client_addr), peer_addr_len));
 }
 
 bool UDPSocket::EmptyRecvBuf()

@@ -14,18 +14,12 @@ unsigned char oled_logo[8192];
 namespace {
 
 const PanelStep kInitBig[] = {
-    cmd(0xAE),
-    cmd(0xD5, 0x90),                  // clock
-    cmd(0xA8, 0x3F),                  // 64 rows
-    cmd(0xD3, 0x00),
-    cmd(0xB0, 0x00),                  // row address 0
-    cmd(0x40),
-    cmd(0x30),
-    cmd(0xAD, 0x80),                  // DC-DC
-    cmd(0xA0),       cmd(0xC0),
-    cmd(0x81, 0x38),                  // contrast
-    cmd(0xD9, 0x76), cmd(0xDB, 0x3B), cmd(0xDC, 0x1A),
-    cmd(0xA4),       cmd(0xA6),
+    cmd(0xAE),       cmd(0xD5, 0x90),                   // clock
+    cmd(0xA8, 0x3F),                                    // 64 rows
+    cmd(0xD3, 0x00), cmd(0xB0, 0x00),                   // row address 0
+    cmd(0x40),       cmd(0x30),       cmd(0xAD, 0x80),  // DC-DC
+    cmd(0xA0),       cmd(0xC0),       cmd(0x81, 0x38),  // contrast
+    cmd(0xD9, 0x76), cmd(0xDB, 0x3B), cmd(0xDC, 0x1A), cmd(0xA4), cmd(0xA6),
 };
 
 const int kDigitRows = 27;
@@ -130,8 +124,8 @@ void OLEDBaMaster::ShowOLEDFill_big(unsigned char x, unsigned char y, unsigned s
     });
 }
 
-void OLEDBaMaster::ShowOLEDFillPic_big(unsigned char x, unsigned char y, unsigned short width,
-                                       unsigned char height, unsigned char* pic)
+void OLEDBaMaster::ShowOLEDFillPic_big(unsigned char x, unsigned char y, unsigned short width, unsigned char height,
+                                       unsigned char* pic)
 {
     const unsigned char count = static_cast<unsigned char>(width >> 1);
     for_each_row(x, y, height, [this, count, &pic](unsigned char) {

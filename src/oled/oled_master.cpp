@@ -77,18 +77,18 @@ void OLEDMaster::InitOLED()
     for (size_t i = 0; i < kind->step_count; ++i) {
         const PanelStep& step = kind->steps[i];
         switch (step.op) {
-        case PanelStep::kCommand:
-            send_command(step.command);
-            if (step.arg_count != 0) {
-                send_command(step.arg);
-            }
-            break;
-        case PanelStep::kClearScreen:
-            ShowOLEDClear(0, 8);
-            break;
-        case PanelStep::kPauseMs:
-            Delayms(step.command);
-            break;
+            case PanelStep::kCommand:
+                send_command(step.command);
+                if (step.arg_count != 0) {
+                    send_command(step.arg);
+                }
+                break;
+            case PanelStep::kClearScreen:
+                ShowOLEDClear(0, 8);
+                break;
+            case PanelStep::kPauseMs:
+                Delayms(step.command);
+                break;
         }
     }
 }

@@ -12,11 +12,26 @@ inline void drive_line(unsigned int addr, unsigned int high, unsigned int low, b
     set_reg(addr, level ? high : low);
 }
 
-inline void drive_sda(bool level) { drive_line(SDA, SDA_H, SDA_L, level); }
-inline void drive_scl(bool level) { drive_line(SCL, SCL_H, SCL_L, level); }
-inline void drive_cs(bool level) { drive_line(CS, CS_H, CS_L, level); }
-inline void drive_dc(bool level) { drive_line(DC, DC_H, DC_L, level); }
-inline void drive_res(bool level) { drive_line(RES, RES_H, RES_L, level); }
+inline void drive_sda(bool level)
+{
+    drive_line(SDA, SDA_H, SDA_L, level);
+}
+inline void drive_scl(bool level)
+{
+    drive_line(SCL, SCL_H, SCL_L, level);
+}
+inline void drive_cs(bool level)
+{
+    drive_line(CS, CS_H, CS_L, level);
+}
+inline void drive_dc(bool level)
+{
+    drive_line(DC, DC_H, DC_L, level);
+}
+inline void drive_res(bool level)
+{
+    drive_line(RES, RES_H, RES_L, level);
+}
 
 // Four-wire serial byte, most significant bit first: clock low, data,
 // clock high (the panel samples on the rising edge). Chip select and

@@ -81,20 +81,20 @@ bool line_selected(const FileCommand& command, const char* line, size_t length)
     const char* end = line + length;
     const std::string& word = command.pattern;
     switch (command.filter) {
-    case FileCommand::all_lines:
-        return true;
-    case FileCommand::grep_text:
-    case FileCommand::awk_text:
-        return find_bytes(line, end, word) != nullptr;
-    case FileCommand::grep_word:
-        // grep -w tries every occurrence, not only the first.
-        for (const char* at = find_bytes(line, end, word); at != nullptr; at = find_bytes(at + 1, end, word)) {
-            const char* after = at + word.size();
-            if ((at == line || !word_character(at[-1])) && (after == end || !word_character(*after))) {
-                return true;
+        case FileCommand::all_lines:
+            return true;
+        case FileCommand::grep_text:
+        case FileCommand::awk_text:
+            return find_bytes(line, end, word) != nullptr;
+        case FileCommand::grep_word:
+            // grep -w tries every occurrence, not only the first.
+            for (const char* at = find_bytes(line, end, word); at != nullptr; at = find_bytes(at + 1, end, word)) {
+                const char* after = at + word.size();
+                if ((at == line || !word_character(at[-1])) && (after == end || !word_character(*after))) {
+                    return true;
+                }
             }
-        }
-        return false;
+            return false;
     }
     return false;
 }

@@ -78,18 +78,14 @@ std::string read_states(const IoKeys& keys)
 
 std::string CheckIOFile()
 {
-    static const IoKeys keys = {{"kSet0IO", "kSet1IO", "kSet2IO", "kSet3IO"},
-                                "krelay0st",
-                                "cat /data/remserial.ini | grep krelay0st",
-                                false};
+    static const IoKeys keys = {
+        {"kSet0IO", "kSet1IO", "kSet2IO", "kSet3IO"}, "krelay0st", "cat /data/remserial.ini | grep krelay0st", false};
     return read_states(keys);
 }
 
 std::string CheckIO1File()
 {
-    static const IoKeys keys = {{"kSet4IO", "kSet5IO", "kSet6IO", "kSet7IO"},
-                                "krelay1st",
-                                "cat /data/remserial.ini | grep krelay1st",
-                                true};
+    static const IoKeys keys = {
+        {"kSet4IO", "kSet5IO", "kSet6IO", "kSet7IO"}, "krelay1st", "cat /data/remserial.ini | grep krelay1st", true};
     return read_states(keys);
 }

@@ -53,8 +53,7 @@ int run_command(const char* command)
 
 LineSource::LineSource()
     : shell_(nullptr), program_(), file_(nullptr), line_(nullptr), capacity_(0), length_(0), offset_(0)
-{
-}
+{}
 
 LineSource::~LineSource()
 {

@@ -20,10 +20,10 @@ bool plain_word(const std::string& word)
 bool shell_word(const std::string& word)
 {
     static const char* const kWords[] = {
-        "case", "do", "done", "elif", "else", "esac", "fi", "for", "if", "in", "then", "until", "while",
-        "break", ":", "continue", ".", "eval", "exec", "exit", "export", "readonly", "return", "set", "shift",
-        "times", "trap", "unset", "cd", "alias", "unalias", "command", "read", "wait", "ulimit", "umask",
-        "source", "local", "type", "hash", "getopts", "fg", "bg", "jobs"};
+        "case",   "do",     "done",  "elif",   "else",     "esac",  "fi",   "for",     "if",      "in",      "then",
+        "until",  "while",  "break", ":",      "continue", ".",     "eval", "exec",    "exit",    "export",  "readonly",
+        "return", "set",    "shift", "times",  "trap",     "unset", "cd",   "alias",   "unalias", "command", "read",
+        "wait",   "ulimit", "umask", "source", "local",    "type",  "hash", "getopts", "fg",      "bg",      "jobs"};
     for (const char* known : kWords) {
         if (word == known) {
             return true;

@@ -34,15 +34,15 @@ bool out_of_resources(int error)
 int shell_status(int error)
 {
     switch (error) {
-    case ENOENT:
-    case ENOTDIR:
-    case ELOOP:
-    case ENAMETOOLONG:
-        return 127 << 8;
-    case EACCES:
-        return 126 << 8;
-    default:
-        return 2 << 8;
+        case ENOENT:
+        case ENOTDIR:
+        case ELOOP:
+        case ENAMETOOLONG:
+            return 127 << 8;
+        case EACCES:
+            return 126 << 8;
+        default:
+            return 2 << 8;
     }
 }
 

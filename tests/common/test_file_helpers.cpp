@@ -8,8 +8,8 @@
 TEST(SplitString, KeepsInnerEmptyPiecesButNoTrailingOne)
 {
     typedef std::vector<std::string> V;
-    const std::pair<const char*, V> cases[] = {{"4|2", {"4", "2"}}, {"a||b", {"a", "", "b"}}, {"|a", {"", "a"}},
-                                               {"a|b|", {"a", "b"}}, {"", {}}, {"|", {""}}};
+    const std::pair<const char*, V> cases[] = {
+        {"4|2", {"4", "2"}}, {"a||b", {"a", "", "b"}}, {"|a", {"", "a"}}, {"a|b|", {"a", "b"}}, {"", {}}, {"|", {""}}};
     for (const auto& c : cases) {
         V list;
         SplitString(c.first, list, "|");
@@ -22,9 +22,14 @@ TEST(SplitString, KeepsInnerEmptyPiecesButNoTrailingOne)
 
 TEST(Str2Int, AcceptsOnlyALeadingDigitOrMinusDigit)
 {
-    const std::pair<const char*, int> cases[] = {{"", -1},       {"abc", -1}, {" 5", -1},
-                                                 {"+5", -1},     {"-", -1},   {"-7x", -7},
-                                                 {"0x10", 0},    {"99999999999", 2147483647},
+    const std::pair<const char*, int> cases[] = {{"", -1},
+                                                 {"abc", -1},
+                                                 {" 5", -1},
+                                                 {"+5", -1},
+                                                 {"-", -1},
+                                                 {"-7x", -7},
+                                                 {"0x10", 0},
+                                                 {"99999999999", 2147483647},
                                                  {"-99999999999", -2147483647 - 1}};
     for (const auto& c : cases) {
         EXPECT_EQ(str2int(c.first), c.second) << c.first;

@@ -97,20 +97,36 @@ protected:
 
 TEST_F(ControlDatagram, EveryKeyReachesItsSettingAndSwitch)
 {
-    ASSERT_TRUE(handle("oled_type=3|led_on=1|oled_str_en=1|oled_string=HELLO|cpu=0|vi=0|ai=0|net=0|time=0|"
-                       "venc=0|temp=0|io=1|test=2|sleep=3600|logo=1|port=65535|sda=0|scl=0|cs=0|dc=0|res=0|"
-                       "sml_sda=0|sml_scl=0|vcc=0|gnd=0|pwr_led=0|cpu_led=0|eth_led=0|hdmi_led=0"));
-    EXPECT_EQ(settings_file(),
-              defaults_with({"OLed_a_kind_start=3", "OLed_a_led_start=1", "OLed_a_small_n_start=1",
-                             "OLed_a_small_n_buf=HELLO", "OLed_a_cpu=0", "OLed_a_vi=0", "OLed_a_ai=0",
-                             "OLed_a_net=0", "OLed_a_start=0", "OLed_a_venc=0", "OLed_a_temp=0", "OLed_a_io=1",
-                             "OLed_a_sleep_tim=3600", "OLed_a_logo=1", "OLed_a_gpio_j=65535", "OLed_ba_SDINMUX=0",
-                             "OLed_ba_SCLKMUX=0", "OLed_ba_CS_MUX=0", "OLed_ba_DC_MUX=0", "OLed_ba_RES_MUX=0",
-                             "OLed_sml_SDINMUX=0", "OLed_sml_SCLKMUX=0"}));
+    ASSERT_TRUE(
+        handle("oled_type=3|led_on=1|oled_str_en=1|oled_string=HELLO|cpu=0|vi=0|ai=0|net=0|time=0|"
+               "venc=0|temp=0|io=1|test=2|sleep=3600|logo=1|port=65535|sda=0|scl=0|cs=0|dc=0|res=0|"
+               "sml_sda=0|sml_scl=0|vcc=0|gnd=0|pwr_led=0|cpu_led=0|eth_led=0|hdmi_led=0"));
+    EXPECT_EQ(settings_file(), defaults_with({"OLed_a_kind_start=3",
+                                              "OLed_a_led_start=1",
+                                              "OLed_a_small_n_start=1",
+                                              "OLed_a_small_n_buf=HELLO",
+                                              "OLed_a_cpu=0",
+                                              "OLed_a_vi=0",
+                                              "OLed_a_ai=0",
+                                              "OLed_a_net=0",
+                                              "OLed_a_start=0",
+                                              "OLed_a_venc=0",
+                                              "OLed_a_temp=0",
+                                              "OLed_a_io=1",
+                                              "OLed_a_sleep_tim=3600",
+                                              "OLed_a_logo=1",
+                                              "OLed_a_gpio_j=65535",
+                                              "OLed_ba_SDINMUX=0",
+                                              "OLed_ba_SCLKMUX=0",
+                                              "OLed_ba_CS_MUX=0",
+                                              "OLed_ba_DC_MUX=0",
+                                              "OLed_ba_RES_MUX=0",
+                                              "OLed_sml_SDINMUX=0",
+                                              "OLed_sml_SCLKMUX=0"}));
     EXPECT_EQ(oled_type, 1);  // the panel type waits for the next start
     EXPECT_TRUE(led_outside && oled_led_on && oled_string_enable && oled_display_io && oled_display_logo);
-    EXPECT_FALSE(oled_display_cpu || oled_display_vi || oled_display_ai || oled_display_ethspeed ||
-                 oled_display_time || oled_display_venc || oled_display_temp);
+    EXPECT_FALSE(oled_display_cpu || oled_display_vi || oled_display_ai || oled_display_ethspeed || oled_display_time ||
+                 oled_display_venc || oled_display_temp);
     EXPECT_EQ(oled_sleep_time, 3600);
     EXPECT_EQ(led_test, 2);
     EXPECT_EQ(memcmp(oled_data, "HELLO\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 22), 0);

@@ -22,8 +22,9 @@ TEST(DatagramAuth, MacIsTheRfc4231HmacSha256)
         {"Jefe", "what do ya want for nothing?", "5bdcc146bf60754e6a042426089575c75a003f089d2739839dec58b964ec3843"},
         {big, "Test Using Larger Than Block-Size Key - Hash Key First",
          "60e431591ee0b67f0d8a26aacbf5b77f8e0bc6213728c5140546040f0ee37f54"},
-        {big, "This is a test using a larger than block-size key and a larger than block-size data. The key needs "
-              "to be hashed before being used by the HMAC algorithm.",
+        {big,
+         "This is a test using a larger than block-size key and a larger than block-size data. The key needs "
+         "to be hashed before being used by the HMAC algorithm.",
          "9b09ffa71b942fcb27635fbcd5b0e944bfdc63644f0713938a7f51535c3a35e2"},
     };
     for (const auto& c : cases) {
@@ -65,9 +66,9 @@ TEST(DatagramAuth, SignatureBindsTheDestinationAndANewCounterOnFlashFirst)
     EXPECT_EQ(verdict(auth, top + mac, "192.168.1.21"), "wrong MAC");
     EXPECT_EQ(verdict(auth, signed_cpu0("7:271d81a4c998b9661cadbda024f2345b54fc3a57c6f4fe08367010f49f0599bc")),
               "wrong MAC");
-    EXPECT_EQ(verdict(auth, signed_cpu0("7:271d81a4c998b9661cadbda024f2345b54fc3a57c6f4fe08367010f49f0599bc"),
-                      "224.168.1.1"),
-              "");
+    EXPECT_EQ(
+        verdict(auth, signed_cpu0("7:271d81a4c998b9661cadbda024f2345b54fc3a57c6f4fe08367010f49f0599bc"), "224.168.1.1"),
+        "");
     EXPECT_EQ(root.read("/data/oled.counter"), "7\n");
     // A query's counter is held in memory only, and counts all the same.
     const std::string six = signed_cpu0("6:dcdaa047804bd8222adf32037b965ee25b6c90960a84afe9bba0588a08a9627b");

@@ -39,7 +39,6 @@ TEST(ReplyLimiter, FloodAtOneAddressGetsItsBytesAndAnOperatorIsAlwaysAnswered)
     EXPECT_EQ(told_in_first_10_s, 1);
     EXPECT_EQ(told, 2);
     EXPECT_EQ(operator_answered, operator_polls);
-
 }
 
 TEST(ReplyLimiter, ManyDestinationsShareTheWholeBoxCapButNotTheSignedShare)

@@ -23,7 +23,8 @@ TEST(GpioMaster, WritesAndReadsTheRegistersOfThePin)
     gpio.set_gpio_direction(12, 0, 1);  // read-modify-write keeps the other bits
     gpio.set_gpio_direction(12, 2, 0);
     gpio.set_gpio_direction(12, 3, 2);  // neither input nor output: no write
-    EXPECT_EQ(trace.lines(), (Lines{"12190010 00000004", "12190010 00000000", "12210400 000000A5", "12210400 000000A1"}));
+    EXPECT_EQ(trace.lines(),
+              (Lines{"12190010 00000004", "12190010 00000000", "12210400 000000A5", "12210400 000000A1"}));
     unsigned int addr = 0, high = 0, low = 1, value = 0;
     gpio.get_gpio_addr(24, 7, &addr, &high, &low);
     gpio.get_gpio_value(7, 3, &value);
@@ -35,7 +36,8 @@ TEST(GpioMaster, PinsOutOfRangeTouchNothing)
     RegisterTrace trace;
     GPIOMaster gpio;
     unsigned int untouched = 7;
-    for (const auto& pin : {std::make_pair(4, 8), std::make_pair(25, 0), std::make_pair(-1, 0), std::make_pair(0, -1)}) {
+    for (const auto& pin :
+         {std::make_pair(4, 8), std::make_pair(25, 0), std::make_pair(-1, 0), std::make_pair(0, -1)}) {
         EXPECT_EQ(gpio.pin_mux_gpio(pin.first, pin.second) + gpio.set_gpio_direction(pin.first, pin.second, 1) +
                       gpio.set_gpio_value(pin.first, pin.second, 1) +
                       gpio.get_gpio_addr(pin.first, pin.second, &untouched, &untouched, &untouched) +

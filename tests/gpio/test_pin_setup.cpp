@@ -30,7 +30,10 @@ protected:
         set(C::kSwitch_gpio, "7_6");
     }
 
-    void set(C::SoftWareConfigID id, const char* value) { Singleton<SoftwareConfig>::instance()->SetConfig(id, std::string(value)); }
+    void set(C::SoftWareConfigID id, const char* value)
+    {
+        Singleton<SoftwareConfig>::instance()->SetConfig(id, std::string(value));
+    }
 
     // Every register write of the set-up on a SoC fresh from reset.
     Lines run(int kind, int switch_level = 0)
@@ -54,12 +57,12 @@ protected:
 TEST_F(PinSetup, FourWireKindsRouteTheFiveBusLinesAndDriveNoLevel)
 {
     for (int kind : {0, 3, 6}) {
-        EXPECT_EQ(run(kind), (Lines{"120F007C 00000001", "12190400 00000004",   // data 4_2
-                                    "120F0080 00000001", "12190400 0000000C",   // clock 4_3
-                                    "120F0064 00000001", "12180400 00000020",   // chip select 3_5
-                                    "120F0074 00000001", "12190400 0000000D",   // data/command 4_0
-                                    "120F0078 00000001", "12190400 0000000F",   // reset 4_1
-                                    "120F0100 00000001"}));                     // switch 7_6
+        EXPECT_EQ(run(kind), (Lines{"120F007C 00000001", "12190400 00000004",  // data 4_2
+                                    "120F0080 00000001", "12190400 0000000C",  // clock 4_3
+                                    "120F0064 00000001", "12180400 00000020",  // chip select 3_5
+                                    "120F0074 00000001", "12190400 0000000D",  // data/command 4_0
+                                    "120F0078 00000001", "12190400 0000000F",  // reset 4_1
+                                    "120F0100 00000001"}));                    // switch 7_6
         typedef std::vector<unsigned int> Words;
         EXPECT_EQ((Words{SDA, SCL, CS, DC, RES, SDA_H, SCL_H, CS_H, DC_H, RES_H}),
                   (Words{0x12190010, 0x12190020, 0x12180080, 0x12190004, 0x12190008, 0x04, 0x08, 0x20, 0x01, 0x02}));

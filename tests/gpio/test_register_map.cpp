@@ -18,7 +18,10 @@ std::vector<const TMMAPNode*> records_at(uint32_t phys_base)
     return found;
 }
 
-uintptr_t at(void* mapped) { return reinterpret_cast<uintptr_t>(mapped); }
+uintptr_t at(void* mapped)
+{
+    return reinterpret_cast<uintptr_t>(mapped);
+}
 
 }  // namespace
 

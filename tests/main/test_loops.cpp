@@ -17,10 +17,10 @@
 
 #include "capture_stdout.h"
 #include "interface_tables.h"
+#include "led_loop.h"
 #include "panel_fixture.h"
 #include "probe_scene.h"
 #include "runtime_settings.h"
-#include "led_loop.h"
 #include "screen_loops.h"
 #include "soc.h"
 
@@ -318,7 +318,7 @@ TEST_F(LedLoop, VideoInputsLightTheVideoLed)
     EXPECT_EQ('1', video_led("BRD20", "VI0:0@0\n", signal1));
     EXPECT_EQ('0', video_led("BRD20", "VI0:0@0\n", "VI1:0@0\n"));
     EXPECT_EQ('0', video_led("BRD20", "VI0:1x1@\n", "VI1:0@0\n"));  // nine characters: no signal
-    input_mode = 0;  // the switch high: the HDMI input decides
+    input_mode = 0;                                                 // the switch high: the HDMI input decides
     EXPECT_EQ('1', video_led("BRD20", "VI0:0@0\n", "VI1:0@0\n"));
 }
 

@@ -53,21 +53,25 @@ std::atomic<int> g_lines_printed(0);
 // seconds after the signal.
 TEST(HandleSig, EndsWithTheTwoLinesOneSecondLaterOrByTheWatchdog)
 {
-    expect_end([] {
-        const int main_thread = static_cast<int>(syscall(SYS_gettid));
-        std::thread([main_thread] {
-            while (g_lines_printed < 100) {
-                usleep(1000);
+    expect_end(
+        [] {
+            const int main_thread = static_cast<int>(syscall(SYS_gettid));
+            std::thread([main_thread] {
+                while (g_lines_printed < 100) {
+                    usleep(1000);
+                }
+                syscall(SYS_tgkill, getpid(), main_thread, SIGTERM);
+            }).detach();
+            const std::string line(4000, 'x');
+            for (; !process_is_ending(); ++g_lines_printed) {
+                printf("%s\n", line.c_str());
             }
-            syscall(SYS_tgkill, getpid(), main_thread, SIGTERM);
-        }).detach();
-        const std::string line(4000, 'x');
-        for (; !process_is_ending(); ++g_lines_printed) {
-            printf("%s\n", line.c_str());
-        }
-    }, 1.0, 2.5);
-    expect_end([] {
-        atexit([] { pause(); });
-        raise(SIGTERM);
-    }, 5.0, 6.5);
+        },
+        1.0, 2.5);
+    expect_end(
+        [] {
+            atexit([] { pause(); });
+            raise(SIGTERM);
+        },
+        5.0, 6.5);
 }

@@ -110,7 +110,7 @@ TEST(UDPSocket, ServesAnswersJoinsDrainsAndReportsEachFailure)
     EXPECT_FALSE(taken.EmptyRecvBuf());
     EXPECT_TRUE(server.SetTimeOut(0, 1000));
     EXPECT_FALSE(taken.SetTimeOut(0, 1000));
-    EXPECT_EQ(err.text(), std::string("setsockopt():IP_ADD_MEMBERSHIP: ") + strerror(EADDRINUSE) +
-                              "\nbind error: " + strerror(EADDRINUSE) + "\nEmptyRecvBuf() select failed\n: " +
-                              strerror(EBADF) + "\nsocket time out set failed\n: " + strerror(EBADF) + "\n");
+    EXPECT_EQ(err.text(), std::string("setsockopt():IP_ADD_MEMBERSHIP: ") + strerror(EADDRINUSE) + "\nbind error: " +
+                              strerror(EADDRINUSE) + "\nEmptyRecvBuf() select failed\n: " + strerror(EBADF) +
+                              "\nsocket time out set failed\n: " + strerror(EBADF) + "\n");
 }

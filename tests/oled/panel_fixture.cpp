@@ -35,8 +35,8 @@ void PanelOnSoc::wire(int type)
 {
     typedef SoftwareConfig C;
     const std::pair<C::SoftWareConfigID, const char*> pins[] = {
-        {C::OLed_ba_SDINMUX, "5_1"}, {C::OLed_ba_SCLKMUX, "5_2"}, {C::OLed_ba_CS_MUX, "6_3"},
-        {C::OLed_ba_DC_MUX, "6_4"},  {C::OLed_ba_RES_MUX, "6_5"}, {C::OLed_sml_SDINMUX, "5_1"},
+        {C::OLed_ba_SDINMUX, "5_1"},  {C::OLed_ba_SCLKMUX, "5_2"}, {C::OLed_ba_CS_MUX, "6_3"},
+        {C::OLed_ba_DC_MUX, "6_4"},   {C::OLed_ba_RES_MUX, "6_5"}, {C::OLed_sml_SDINMUX, "5_1"},
         {C::OLed_sml_SCLKMUX, "5_2"}, {C::OLed_sml_VCCMUX, "0"},   {C::OLed_sml_GNDMUX, "0"}};
     BoxSettings box;
     box.values = SoftwareConfig::DefaultValues("");
@@ -84,9 +84,9 @@ int PanelOnSoc::pixel(int x, int y) const
     return panel_->pixels()[static_cast<size_t>(y * panel_->width() + x)];
 }
 
-std::vector<std::pair<bool, uint8_t> > commands(const std::string& hex)
+std::vector<std::pair<bool, uint8_t>> commands(const std::string& hex)
 {
-    std::vector<std::pair<bool, uint8_t> > out;
+    std::vector<std::pair<bool, uint8_t>> out;
     const char* p = hex.c_str();
     char* end = nullptr;
     for (unsigned long value = strtoul(p, &end, 16); end != p; value = strtoul(p, &end, 16)) {

@@ -52,7 +52,7 @@ protected:
 void expect_picture(const std::string& name, int width, int height, int maxval, const std::vector<uint8_t>& pixels);
 
 // Commands from text of hexadecimal bytes ("AE 00 10").
-std::vector<std::pair<bool, uint8_t> > commands(const std::string& hex);
+std::vector<std::pair<bool, uint8_t>> commands(const std::string& hex);
 
 // Text as the drivers take it. Only the big-digit routine writes to it (it
 // pads the caller's text), and its tests pass buffers of their own.

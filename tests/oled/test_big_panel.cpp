@@ -5,11 +5,11 @@
 
 #include <string>
 
+#include "bus_lines.h"
 #include "capture_stdout.h"
 #include "oled_ba_master.h"
 #include "panel_fixture.h"
 #include "probe_scene.h"
-#include "bus_lines.h"
 #include "register_access.h"
 
 namespace {

@@ -49,7 +49,10 @@ TEST_F(Pictures, SmallPanelSmallText)
         draw(&OLEDMaster::ShowOLEDSmallString, oled, 0, line, codes(32 + 20 * line, line == 4 ? 126 : 51 + 20 * line));
     }
     // A character without a glyph is only its spacer.
-    draw(&OLEDMaster::ShowOLEDSmallString, oled, 0, 6, "A\x01" "B\x7F" "C");
+    draw(&OLEDMaster::ShowOLEDSmallString, oled, 0, 6,
+         "A\x01"
+         "B\x7F"
+         "C");
     expect_panel("small_small_text");
 }
 

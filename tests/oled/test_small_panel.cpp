@@ -11,7 +11,7 @@
 
 namespace {
 
-typedef std::vector<std::pair<bool, uint8_t> > Stream;
+typedef std::vector<std::pair<bool, uint8_t>> Stream;
 
 Stream join(Stream a, const Stream& b, const Stream& c = Stream())
 {
@@ -54,8 +54,8 @@ TEST_F(SmallPanel, EveryKindSendsItsStartUpSequenceOnItsBus)
         const Stream* stream;
         int rows;
     } kinds[] = {
-        {1, "old small oled\n", &kind_old, 32},  {3, "0.96 small oled\n", &kind096, 64},
-        {4, "0.96 small oled\n", &kind096, 64},  {5, "1.29 small oled\n", &kind129, 64},
+        {1, "old small oled\n", &kind_old, 32}, {3, "0.96 small oled\n", &kind096, 64},
+        {4, "0.96 small oled\n", &kind096, 64}, {5, "1.29 small oled\n", &kind129, 64},
         {6, "1.29 small oled\n", &kind129, 64},
     };
     for (const auto& kind : kinds) {

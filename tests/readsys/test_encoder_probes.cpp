@@ -12,8 +12,8 @@ TEST(CheckVencFile, NamesThePayloadTypeOfTheFirstWholeKeyLine)
     } cases[] = {
         {"kChn0_M_VENC_Type=1002\n", "VENC_TYPE:MJPEG"},
         {"kChn0_M_VENC_Type=96\r\n", "VENC_TYPE:"},
-        {"kChn0_M_VENC_Type= 96\n", "VENC_TYPE:"},  // a blank in front keeps the whole text
-        {"kChn0_M_VENC_Type=9 6\n", "VENC_TYPE:"},  // the cut drops the '9' too
+        {"kChn0_M_VENC_Type= 96\n", "VENC_TYPE:"},   // a blank in front keeps the whole text
+        {"kChn0_M_VENC_Type=9 6\n", "VENC_TYPE:"},   // the cut drops the '9' too
         {"kChn0_M_VENC_Type=96", "VENC_TYPE:H264"},  // grep ends the line
         {"kChn0_M_VENC_Type=1002\nkChn0_M_VENC_Type=96\n", "VENC_TYPE:MJPEG"},
         {"kChn1_M_VENC_Type=96\n", ""},

@@ -24,7 +24,8 @@ TEST(CheckAiFile, TakesTheRateStandingUnderSamp)
         {audio_page("  0        I2S_MST   AUTO      16"), "NO_AI"},
         {audio_page("  0        I2S_MST   x8000     16"), "AIOSR:x8000"},  // a digit one place right counts
         {audio_page("  0        I2S_MST    48000    16"), "AIOSR:"},
-        {audio_page("  0        I2S_MST   8000      16") + audio_page("  0        I2S_MST   16000     16"), "AIOSR:16000"},
+        {audio_page("  0        I2S_MST   8000      16") + audio_page("  0        I2S_MST   16000     16"),
+         "AIOSR:16000"},
         {"-----AI DEV ATTR----- 0000000000000000000000000\n" + std::string(kHeadings) + "  0\n", kThrows},
     };
     for (const auto& p : pages) {

@@ -17,4 +17,3 @@ TEST(CheckIOFile, JoinsFourStatesAndTheRelayOfEachHalf)
     scene.write("/data/remserial.ini", "kSet0IO=1\nkSet1IO=1\nkSet2IO=1\nkSet3IO=1\nkrelay0st=1\nkrelay0st=5\n");
     EXPECT_EQ(CheckIOFile(), "11110") << "the mapped relay value is matched again";
 }
-

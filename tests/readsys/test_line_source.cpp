@@ -48,7 +48,8 @@ const char kMixed[] =
 
 TEST(LineSource, ReadsFilesInProcessPieceForPieceAsTheToolsPrintThem)
 {
-    for (const std::string& content : {std::string(kMixed), std::string(kMixed) + "\n", std::string(3000, 'k') + "kSet\n"}) {
+    for (const std::string& content :
+         {std::string(kMixed), std::string(kMixed) + "\n", std::string(3000, 'k') + "kSet\n"}) {
         ProbeScene scene("");
         scene.write("/data/mixed.txt", content);
         for (int size : {100, 7, 2}) {

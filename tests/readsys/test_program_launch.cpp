@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <signal.h>
 #include <errno.h>
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -121,8 +121,10 @@ TEST(ProgramLaunch, AStartTheSystemRefusesLeavesNothingBehind)
     const struct {
         int error;
         ProgramStart start;
-    } kRefusals[] = {{EAGAIN, ProgramStart::failed}, {ENOMEM, ProgramStart::failed},
-                     {EACCES, ProgramStart::started}, {ENOEXEC, ProgramStart::needs_shell}};
+    } kRefusals[] = {{EAGAIN, ProgramStart::failed},
+                     {ENOMEM, ProgramStart::failed},
+                     {EACCES, ProgramStart::started},
+                     {ENOEXEC, ProgramStart::needs_shell}};
     for (const auto& row : kRefusals) {
         refusal = row.error;
         const int before = open_descriptors();
@@ -150,8 +152,8 @@ TEST(ProgramLaunch, PlainProgramCallsAreTheOnlyOnesStartedWithoutAShell)
     EXPECT_EQ(program.words, (std::vector<std::string>{"iostat", "-c"}));
     EXPECT_EQ(program.output, "");
     for (const char* shell : {"cat /tmp/vi0 | grep x", "iostat -c; reboot", "iostat\nreboot", "echo $HOME", "ls *",
-                              "echo 'a b'", "x=1 iostat", "exit 3", "cd /tmp", "iostat > ", "a > b > c", "iostat >/tmp/x",
-                              "iostat 2> /tmp/x", "iostat < /tmp/x", "~/tool", "", " \n"}) {
+                              "echo 'a b'", "x=1 iostat", "exit 3", "cd /tmp", "iostat > ", "a > b > c",
+                              "iostat >/tmp/x", "iostat 2> /tmp/x", "iostat < /tmp/x", "~/tool", "", " \n"}) {
         EXPECT_FALSE(parse_program_command(shell, program)) << shell;
     }
 }
@@ -166,8 +168,9 @@ TEST(ProgramLaunch, StatusOutputAndFilesAreTheShells)
     const struct {
         const char* command;
         unsigned long processes;  // started directly
-    } kReads[] = {{"fails", 1}, {"say -c /data/x", 1}, {"/bin/say", 1}, {"say > /tmp/out", 1},
-                  {"no-such-program-here -c", 0}, {"./not-executable", 0}, {"./no-hashbang", 0}};
+    } kReads[] = {{"fails", 1},          {"say -c /data/x", 1},          {"/bin/say", 1},
+                  {"say > /tmp/out", 1}, {"no-such-program-here -c", 0}, {"./not-executable", 0},
+                  {"./no-hashbang", 0}};
     for (const auto& read : kReads) {
         const char* command = read.command;
         const unsigned long programs = programs_started();

@@ -25,7 +25,8 @@ TEST(CheckCpuFile, TakesTheFirstValueWordWhenLongerThanThree)
     EXPECT_EQ(CheckCpuFile(), "");
     scene.write_tool("/bin/iostat", iostat_printing("\t12.25\t0.00"));
     EXPECT_EQ(CheckCpuFile(), "CPU:\t12.25\t0.00\n%") << "a tab belongs to the word, and so does the newline";
-    scene.write_tool("/bin/iostat", "#!/bin/sh\nprintf 'avg-cpu: %%user\\n 1.00 2\\n\\navg-cpu: %%user\\n 4.00 5\\n\\n'\n");
+    scene.write_tool("/bin/iostat",
+                     "#!/bin/sh\nprintf 'avg-cpu: %%user\\n 1.00 2\\n\\navg-cpu: %%user\\n 4.00 5\\n\\n'\n");
     EXPECT_EQ(CheckCpuFile(), "") << "a second report clears the word and takes no other";
 }
 
@@ -69,5 +70,3 @@ TEST(CheckTemperature, RunsTheToolFromTheWorkingFolderAndBlanksNonDigits)
     led_loop.join();
     EXPECT_EQ(0, empty);
 }
-
-

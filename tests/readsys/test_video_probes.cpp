@@ -5,7 +5,8 @@
 
 namespace {
 
-const char kLayerHeadings[] = "-----VIDEO LAYER STATUS 2-----\n  LayerId  bCscEn  CscMatrix  EnIntfCsc  Luma  Contr  Hue  Satu\n";
+const char kLayerHeadings[] =
+    "-----VIDEO LAYER STATUS 2-----\n  LayerId  bCscEn  CscMatrix  EnIntfCsc  Luma  Contr  Hue  Satu\n";
 
 }  // namespace
 

@@ -16,7 +16,7 @@
 
 namespace {
 
-typedef std::vector<std::pair<bool, uint8_t> > Bytes;
+typedef std::vector<std::pair<bool, uint8_t>> Bytes;
 
 // Data, clock, chip select and data/command.
 const SimPin kPins[] = {{7, 1}, {7, 2}, {8, 0}, {8, 6}};

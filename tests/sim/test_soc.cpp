@@ -18,7 +18,7 @@ TEST(SimSoc, MaskedDataRegisterChangesAndReadsOnlyTheMaskedBits)
 {
     RegisterTrace trace;
     SimSoc& soc = SimSoc::instance();
-    std::vector<std::pair<int, int> > heard;  // (bit, level) of the watched pins 5_1 and 5_6
+    std::vector<std::pair<int, int>> heard;  // (bit, level) of the watched pins 5_1 and 5_6
     for (int bit : {1, 6}) {
         soc.watch(5, bit, [&heard](int, int b, int level) { heard.push_back(std::make_pair(b, level)); });
     }
@@ -31,5 +31,5 @@ TEST(SimSoc, MaskedDataRegisterChangesAndReadsOnlyTheMaskedBits)
     soc.store(kGroup5 + 0x400, 0x0F);  // 5_4 .. 5_7 read their input level
     soc.set_input_level(5, 4, 1);
     EXPECT_EQ(soc.load(alias(0xFF)), 0x13u);
-    EXPECT_EQ(heard, (std::vector<std::pair<int, int> >{{1, 1}, {6, 1}, {6, 0}}));
+    EXPECT_EQ(heard, (std::vector<std::pair<int, int>>{{1, 1}, {6, 1}, {6, 0}}));
 }

@@ -22,8 +22,8 @@ TEST(InitArgumnt, DerivesEveryRuntimeSwitchFromTheStore)
 
     init_argumnt();
     EXPECT_EQ(oled_type, 1);
-    EXPECT_TRUE(oled_display_cpu && oled_display_vi && oled_display_ai && oled_display_ethspeed &&
-                oled_display_venc && oled_display_temp && oled_display_time);
+    EXPECT_TRUE(oled_display_cpu && oled_display_vi && oled_display_ai && oled_display_ethspeed && oled_display_venc &&
+                oled_display_temp && oled_display_time);
     EXPECT_FALSE(oled_display_logo || oled_display_io || oled_string_enable);
     EXPECT_EQ(oled_sleep_time, 3);
     EXPECT_STREQ(oled_data, "WELCOME\n");

@@ -71,13 +71,13 @@ TEST_F(ConfigTest, ReaderFollowsTheLineRules)
     SoftwareConfig config;
     config.SetConfig(C::OLed_a_io, 1);
     config.ReadConfig();
-    EXPECT_EQ(config.GetConfig(C::OLed_a_io), "1");        // a re-read keeps what the file lacks
-    EXPECT_EQ(config.GetConfig(C::OLed_a_vi), "0");        // comment skipped, CR LF dropped
-    EXPECT_EQ(config.GetConfig(C::OLed_a_net), "1");       // ";" comment
-    EXPECT_EQ(config.GetConfig(C::OLed_a_ai), "1");        // "!" comment
-    EXPECT_EQ(config.GetConfig(C::OLed_a_cpu), "1");       // first match is empty: default stays
+    EXPECT_EQ(config.GetConfig(C::OLed_a_io), "1");   // a re-read keeps what the file lacks
+    EXPECT_EQ(config.GetConfig(C::OLed_a_vi), "0");   // comment skipped, CR LF dropped
+    EXPECT_EQ(config.GetConfig(C::OLed_a_net), "1");  // ";" comment
+    EXPECT_EQ(config.GetConfig(C::OLed_a_ai), "1");   // "!" comment
+    EXPECT_EQ(config.GetConfig(C::OLed_a_cpu), "1");  // first match is empty: default stays
     EXPECT_EQ(config.GetConfig(C::OLed_a_sleep_tim) + config.GetConfig(C::OLed_a_temp), "31");  // lookalikes
-    EXPECT_EQ(config.GetConfig(C::OLed_a_venc), "0");      // key found inside the line
+    EXPECT_EQ(config.GetConfig(C::OLed_a_venc), "0");  // key found inside the line
     EXPECT_EQ(config.GetConfig(C::OLed_a_small_n_buf), " two  words ");
     EXPECT_EQ(config.GetConfig(C::OLed_a_logo), "1");
     EXPECT_EQ(config.GetConfig(C::OLed_china_str), "A\rB");  // lone CR stays
@@ -113,15 +113,18 @@ TEST_F(ConfigTest, UnchangedSettingsAreNotRewrittenAndUnknownOnesRefused)
 TEST_F(ConfigTest, AnUncreatableDataFolderPutsTheFileInTheWorkingDirectory)
 {
     CaptureStdout out;
-    { SoftwareConfig config; }
+    {
+        SoftwareConfig config;
+    }
     set_box_root(root.path() + "/missing/parent");
     {
         SoftwareConfig config;
         EXPECT_STREQ(filepath_, "./oled.ini");
     }
     set_box_root(root.path());
-    EXPECT_EQ(out.text(), "make \"/data\" successfully\n[~SoftwareConfig]-216: SoftwareConfig Normal Exit!\n"
-                          "make \"/data\" errorly\n[~SoftwareConfig]-216: SoftwareConfig Normal Exit!\n");
+    EXPECT_EQ(out.text(),
+              "make \"/data\" successfully\n[~SoftwareConfig]-216: SoftwareConfig Normal Exit!\n"
+              "make \"/data\" errorly\n[~SoftwareConfig]-216: SoftwareConfig Normal Exit!\n");
 }
 
 // Permissions bind only an unprivileged process, and the tests run as

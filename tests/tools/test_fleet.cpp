@@ -8,7 +8,8 @@
 
 namespace {
 
-TEST(FleetGuard, TokenHostOriginAndListenAddressAreChecked) {
+TEST(FleetGuard, TokenHostOriginAndListenAddressAreChecked)
+{
     const std::string token = fleet::new_token();
     ASSERT_EQ(token.size(), 32u);
     EXPECT_EQ(token.find_first_not_of("0123456789abcdef"), std::string::npos);
@@ -24,8 +25,8 @@ TEST(FleetGuard, TokenHostOriginAndListenAddressAreChecked) {
     for (const char* host : {"127.0.0.1:16180", "localhost:16180", "localhost", "10.0.0.100:80", "127.0.0.1"}) {
         EXPECT_TRUE(fleet::host_allowed(host)) << host;
     }
-    for (const char* host : {"evil.example:16180", "127.0.0.1.nip.io:16180", "localhost:99999", "localhost:",
-                             "127.0.0.1:16180:1", "[::1]:16180", ""}) {
+    for (const char* host : {"evil.example:16180", "127.0.0.1.nip.io:16180", "localhost:99999",
+                             "localhost:", "127.0.0.1:16180:1", "[::1]:16180", ""}) {
         EXPECT_FALSE(fleet::host_allowed(host)) << host;
     }
     EXPECT_TRUE(fleet::origin_allowed("", "127.0.0.1:16180"));
@@ -40,16 +41,19 @@ TEST(FleetGuard, TokenHostOriginAndListenAddressAreChecked) {
     EXPECT_EQ(std::make_pair(address, port), std::make_pair(std::string("127.0.0.1"), 16180));
     EXPECT_EQ(fleet::parse_listen("0.0.0.0:8080", address, port), "");
     EXPECT_EQ(std::make_pair(address, port), std::make_pair(std::string("0.0.0.0"), 8080));
-    EXPECT_EQ(fleet::parse_listen("localhost:80", address, port), "bad listen address 'localhost:80': expected IPv4[:PORT]");
+    EXPECT_EQ(fleet::parse_listen("localhost:80", address, port),
+              "bad listen address 'localhost:80': expected IPv4[:PORT]");
     EXPECT_EQ(fleet::parse_listen("1.2.3.4:0", address, port), "bad listen port in '1.2.3.4:0': expected 1..65535");
     EXPECT_TRUE(fleet::is_loopback("127.1.2.3"));
     EXPECT_FALSE(fleet::is_loopback("10.127.0.1"));
 }
 
-TEST(FleetApi, ChangeRequestsAreCheckedAsOledctlSetChecksItems) {
+TEST(FleetApi, ChangeRequestsAreCheckedAsOledctlSetChecksItems)
+{
     std::vector<std::string> boxes;
     std::vector<std::string> items;
-    EXPECT_EQ(fleet::read_change(R"({"boxes": ["10.0.0.5", "10.0.0.6"], "items": ["cpu=0", "sleep=5"]})", boxes, items), "");
+    EXPECT_EQ(fleet::read_change(R"({"boxes": ["10.0.0.5", "10.0.0.6"], "items": ["cpu=0", "sleep=5"]})", boxes, items),
+              "");
     EXPECT_EQ(boxes, (std::vector<std::string>{"10.0.0.5", "10.0.0.6"}));
     EXPECT_EQ(items, (std::vector<std::string>{"cpu=0", "sleep=5"}));
 
@@ -68,7 +72,8 @@ TEST(FleetApi, ChangeRequestsAreCheckedAsOledctlSetChecksItems) {
     }
 
     std::string body = R"({"boxes": ["10.0.0.5"], "items": [)";
-    for (int i = 0; i < 60; ++i) body += std::string(i ? "," : "") + "\"oled_string=12345678901234567890\"";
+    for (int i = 0; i < 60; ++i)
+        body += std::string(i ? "," : "") + "\"oled_string=12345678901234567890\"";
     items.clear();
     EXPECT_EQ(fleet::read_change(body + "]}", boxes, items), "datagram of 1979 bytes; a box reads at most 1024");
 
@@ -79,7 +84,8 @@ TEST(FleetApi, ChangeRequestsAreCheckedAsOledctlSetChecksItems) {
     EXPECT_EQ(fleet::read_led_test(R"({"boxes": ["10.0.0.5"], "on": 1})", boxes, on), "on: true or false is needed");
 }
 
-TEST(FleetRoster, BoxesThatStopAnsweringStayWithTheirLastSettings) {
+TEST(FleetRoster, BoxesThatStopAnsweringStayWithTheirLastSettings)
+{
     fleet::Roster roster;
     roster.answered("10.0.0.10", {{"OLed_a_cpu", "1"}}, 100);
     roster.answered("10.0.0.9", {{"OLed_a_cpu", "0"}}, 100);
@@ -102,14 +108,17 @@ TEST(FleetRoster, BoxesThatStopAnsweringStayWithTheirLastSettings) {
     EXPECT_FALSE(roster.find("10.0.0.77", box));
 }
 
-TEST(FleetRoster, ForgedAnswersNeitherGrowTheRosterNorItsTexts) {
+TEST(FleetRoster, ForgedAnswersNeitherGrowTheRosterNorItsTexts)
+{
     fleet::Roster roster;
     const protocol::Settings forged = {{"OLed_a_small_n_buf", std::string(2048, 'x')}, {"OLed_a_cpu", "1"}};
-    for (std::uint32_t i = 0; i < 10000; ++i) roster.answered(subnets::dotted(0x0a000000 + i), forged, 100);
+    for (std::uint32_t i = 0; i < 10000; ++i)
+        roster.answered(subnets::dotted(0x0a000000 + i), forged, 100);
     EXPECT_EQ(roster.boxes().size(), 4096u);
     fleet::BoxState box;  // the boxes that answer keep their places
     EXPECT_TRUE(roster.find("10.0.0.0", box) && !roster.find("10.0.39.15", box));
-    EXPECT_NE(metrics::exposition(roster.boxes()).find("custom_text=\"" + std::string(20, 'x') + "\""), std::string::npos);
+    EXPECT_NE(metrics::exposition(roster.boxes()).find("custom_text=\"" + std::string(20, 'x') + "\""),
+              std::string::npos);
 
     // Once the forged boxes fall silent, the oldest gives its place to a box that answers.
     roster.answered("10.0.0.1", forged, 50);
@@ -119,7 +128,8 @@ TEST(FleetRoster, ForgedAnswersNeitherGrowTheRosterNorItsTexts) {
     ASSERT_TRUE(roster.find("10.200.0.1", box));
     EXPECT_EQ(roster.boxes().size(), 4096u);
     std::size_t kept = 0;  // as lines of the settings file
-    for (const auto& pair : box.settings) kept += pair.first.size() + 1 + pair.second.size() + 1;
+    for (const auto& pair : box.settings)
+        kept += pair.first.size() + 1 + pair.second.size() + 1;
     EXPECT_TRUE(kept <= 2048 && kept > 2048 - 32) << kept;
 }
 

@@ -7,25 +7,34 @@
 namespace {
 
 // HELP and TYPE lines are checked by promtool end to end; the samples are checked here.
-std::string samples(const std::string& exposition) {
+std::string samples(const std::string& exposition)
+{
     std::istringstream text(exposition);
     std::string out;
     for (std::string line; std::getline(text, line);) {
-        if (line[0] != '#') out += line + "\n";
+        if (line[0] != '#')
+            out += line + "\n";
     }
     return out;
 }
 
-TEST(Metrics, LabelValuesEscapedAndUtf8) {
+TEST(Metrics, LabelValuesEscapedAndUtf8)
+{
     EXPECT_EQ(metrics::label_value("a\\b\"c\nd{x=1},\t\xe9"), "a\\\\b\\\"c\\nd{x=1},\t\xc3\xa9");
 }
 
-TEST(Metrics, SilentBoxesKeepOnlyUpAndLastAnswer) {
+TEST(Metrics, SilentBoxesKeepOnlyUpAndLastAnswer)
+{
     fleet::BoxState talking{"10.1.0.5",
-                            {{"OLed_a_kind_start", "0"}, {"OLed_a_small_n_buf", "say \"hi\" \\o/"},
-                             {"OLed_a_cpu", "1"}, {"OLed_a_vi", "0"}, {"OLed_a_sleep_tim", "7"},
-                             {"OLed_a_led_start", "2"}, {"OLed_a_ai", "x"}},
-                            1700000000, true};
+                            {{"OLed_a_kind_start", "0"},
+                             {"OLed_a_small_n_buf", "say \"hi\" \\o/"},
+                             {"OLed_a_cpu", "1"},
+                             {"OLed_a_vi", "0"},
+                             {"OLed_a_sleep_tim", "7"},
+                             {"OLed_a_led_start", "2"},
+                             {"OLed_a_ai", "x"}},
+                            1700000000,
+                            true};
     fleet::BoxState silent{"10.0.0.6", {{"OLed_a_sleep_tim", "3"}}, 1600000000, false};
     EXPECT_EQ(samples(metrics::exposition({silent, talking})),
               "oled_box_up{address=\"10.0.0.6\"} 0\n"
@@ -39,9 +48,9 @@ TEST(Metrics, SilentBoxesKeepOnlyUpAndLastAnswer) {
               "oled_box_page_enabled{address=\"10.1.0.5\",page=\"vi\"} 0\n");
 }
 
-TEST(Metrics, ProbeShowsTheBoxWithoutItsAddress) {
-    EXPECT_EQ(samples(metrics::probe(false, 0.5, {})),
-              "oled_probe_success 0\noled_probe_duration_seconds 0.500000\n");
+TEST(Metrics, ProbeShowsTheBoxWithoutItsAddress)
+{
+    EXPECT_EQ(samples(metrics::probe(false, 0.5, {})), "oled_probe_success 0\noled_probe_duration_seconds 0.500000\n");
     EXPECT_EQ(samples(metrics::probe(true, 0.00125, {{"OLed_a_kind_start", "3"}, {"OLed_a_vi", "1"}})),
               "oled_probe_success 1\n"
               "oled_probe_duration_seconds 0.001250\n"

@@ -14,17 +14,20 @@ struct ProgramRun {
     std::string output;  // standard output and error together
 };
 
-ProgramRun oled_logo(const std::string& arguments) {
+ProgramRun oled_logo(const std::string& arguments)
+{
     FILE* pipe = popen((std::string(OLED_LOGO_PROGRAM) + " " + arguments + " 2>&1").c_str(), "r");
     ProgramRun run{-1, ""};
     char buffer[512];
-    for (size_t size; pipe != nullptr && (size = fread(buffer, 1, sizeof buffer, pipe)) > 0;) run.output.append(buffer, size);
+    for (size_t size; pipe != nullptr && (size = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+        run.output.append(buffer, size);
     const int status = pipe != nullptr ? pclose(pipe) : -1;
     run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return run;
 }
 
-TEST(OledLogoProgram, LogoSurvivesTheTripThroughPngByteForByte) {
+TEST(OledLogoProgram, LogoSurvivesTheTripThroughPngByteForByte)
+{
     TempRoot dir;
     const std::string d = dir.path();
     for (const char* dither : {"", " --dither"}) {
@@ -38,7 +41,8 @@ TEST(OledLogoProgram, LogoSurvivesTheTripThroughPngByteForByte) {
     }
 }
 
-TEST(OledLogoProgram, BadInputGivesOneLineAndFailure) {
+TEST(OledLogoProgram, BadInputGivesOneLineAndFailure)
+{
     TempRoot dir;
     const std::string d = dir.path();
     dir.write("/text.png", "hello");

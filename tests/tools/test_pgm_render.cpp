@@ -10,7 +10,8 @@ namespace {
 TEST(PgmView, PlainHalfBlocksPairRowsOfTheImage)
 {
     // 3x3, maxval 15, with a comment: rows (0 5 0), (15 0 0), (0 0 1).
-    const std::string pgm = std::string("P5\n# panel\n3 3\n15\n") + std::string("\x00\x05\x00\x0F\x00\x00\x00\x00\x01", 9);
+    const std::string pgm =
+        std::string("P5\n# panel\n3 3\n15\n") + std::string("\x00\x05\x00\x0F\x00\x00\x00\x00\x01", 9);
     GreyImage image;
     std::string error;
     ASSERT_TRUE(parse_pgm(pgm, &image, &error)) << error;
@@ -26,9 +27,11 @@ TEST(PgmView, BrokenFilesAreRefusedWithAReason)
 {
     GreyImage image;
     std::string error;
-    for (const auto& c : std::vector<std::pair<std::string, std::string>>{
-             {"P6\n1 1\n255\nxyz", "not a binary PGM (no P5 header)"}, {"P5\n4 4\n1\n\x01\x01", "PGM pixel data cut short"},
-             {"P5\n4 4\n", "PGM header incomplete"}, {"P5\n4 4\n300\n", "PGM size or maxval out of range"}}) {
+    for (const auto& c :
+         std::vector<std::pair<std::string, std::string>>{{"P6\n1 1\n255\nxyz", "not a binary PGM (no P5 header)"},
+                                                          {"P5\n4 4\n1\n\x01\x01", "PGM pixel data cut short"},
+                                                          {"P5\n4 4\n", "PGM header incomplete"},
+                                                          {"P5\n4 4\n300\n", "PGM size or maxval out of range"}}) {
         EXPECT_FALSE(parse_pgm(c.first, &image, &error)) << c.first;
         EXPECT_EQ(c.second, error);
     }

@@ -4,7 +4,8 @@
 
 namespace {
 
-TEST(Probe, TargetIsOneUnicastBoxAddress) {
+TEST(Probe, TargetIsOneUnicastBoxAddress)
+{
     for (const char* fine : {"10.1.0.5", "192.168.1.255", "223.255.255.254", "1.0.0.0"}) {
         EXPECT_EQ(probe::check_target(fine), "") << fine;
     }
@@ -13,13 +14,14 @@ TEST(Probe, TargetIsOneUnicastBoxAddress) {
               "target '10.1.0.5:16124': not a dotted IPv4 address such as 10.1.0.5");
     EXPECT_EQ(probe::check_target("x\ny" + std::string(50, 'z')),
               "target 'x?y" + std::string(37, 'z') + "...': not a dotted IPv4 address such as 10.1.0.5");
-    for (const char* refused : {"127.0.0.1", "0.0.0.0", "0.1.2.3", "239.255.255.255", "240.0.0.1",
-                                "255.255.255.255", "010.1.0.5", "10.1.0", "", "box7", " 10.1.0.5"}) {
+    for (const char* refused : {"127.0.0.1", "0.0.0.0", "0.1.2.3", "239.255.255.255", "240.0.0.1", "255.255.255.255",
+                                "010.1.0.5", "10.1.0", "", "box7", " 10.1.0.5"}) {
         EXPECT_EQ(probe::check_target(refused).compare(0, 7, "target "), 0) << refused;
     }
 }
 
-TEST(Probe, WaitFollowsTheScrapeTimeoutWithinTheCap) {
+TEST(Probe, WaitFollowsTheScrapeTimeoutWithinTheCap)
+{
     const std::vector<std::pair<std::string, double>> waits = {
         {"", 10.0}, {"10", 9.5}, {"20", 10.0}, {"1", 0.9}, {"0.5", 0.45}};
     for (const auto& wait : waits) {
@@ -28,11 +30,14 @@ TEST(Probe, WaitFollowsTheScrapeTimeoutWithinTheCap) {
         EXPECT_DOUBLE_EQ(seconds, wait.second) << wait.first;
     }
     double seconds = 0;
-    EXPECT_EQ(probe::wait_seconds("1s", 2.0, seconds), "X-Prometheus-Scrape-Timeout-Seconds '1s': not a number of seconds");
-    for (const char* bad : {"0", "-1", "nan", "inf", " "}) EXPECT_NE(probe::wait_seconds(bad, 2.0, seconds), "") << bad;
+    EXPECT_EQ(probe::wait_seconds("1s", 2.0, seconds),
+              "X-Prometheus-Scrape-Timeout-Seconds '1s': not a number of seconds");
+    for (const char* bad : {"0", "-1", "nan", "inf", " "})
+        EXPECT_NE(probe::wait_seconds(bad, 2.0, seconds), "") << bad;
 }
 
-TEST(Probe, BadRequestsAreRefusedWithOneLine) {
+TEST(Probe, BadRequestsAreRefusedWithOneLine)
+{
     const fleet::Network network{16124, "", 2.0, {}, {}};
     const std::vector<std::pair<fleet::Reply, std::string>> refused = {
         {probe::answer({}, "", network), "give the box to probe as /probe?target=ADDRESS\n"},

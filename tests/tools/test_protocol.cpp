@@ -4,7 +4,8 @@
 
 namespace {
 
-TEST(Protocol, AcceptsWellFormedItemsAndRefusesOthersWithAReason) {
+TEST(Protocol, AcceptsWellFormedItemsAndRefusesOthersWithAReason)
+{
     EXPECT_STREQ(protocol::find_command("sleep")->setting, "OLed_a_sleep_tim");
     EXPECT_STREQ(protocol::find_command("time")->setting, "OLed_a_start");
     EXPECT_EQ(protocol::find_command("Cpu"), nullptr);
@@ -26,19 +27,22 @@ TEST(Protocol, AcceptsWellFormedItemsAndRefusesOthersWithAReason) {
         {"controlled=10.0.0.1", "controlled: use --box ADDR --via-group"},
         {"replyoled=10.0.0.1:9000", "replyoled: use 'oledctl get'"},
     };
-    for (const auto& c : cases) EXPECT_EQ(protocol::check_item(c.first), c.second) << c.first;
+    for (const auto& c : cases)
+        EXPECT_EQ(protocol::check_item(c.first), c.second) << c.first;
 }
 
-TEST(Protocol, DatagramJoinsItemsWithTheMarkerFirst) {
+TEST(Protocol, DatagramJoinsItemsWithTheMarkerFirst)
+{
     EXPECT_EQ(protocol::build_set({"cpu=0", "sleep=5"}, ""), "cpu=0|sleep=5");
     EXPECT_EQ(protocol::build_set({"cpu=0", "sleep=5"}, "192.168.1.20"), "controlled=192.168.1.20|cpu=0|sleep=5");
 }
 
-TEST(Protocol, ReplyReadsAsPairsInFileOrder) {
+TEST(Protocol, ReplyReadsAsPairsInFileOrder)
+{
     protocol::Settings settings;
-    ASSERT_TRUE(protocol::parse_reply("[oled]\nOLed_a_cpu=0\nOLed_a_small_n_buf=A=B \r\n\nnoise\nkSwitch_gpio=", settings));
-    const protocol::Settings expected = {
-        {"OLed_a_cpu", "0"}, {"OLed_a_small_n_buf", "A=B "}, {"kSwitch_gpio", ""}};
+    ASSERT_TRUE(
+        protocol::parse_reply("[oled]\nOLed_a_cpu=0\nOLed_a_small_n_buf=A=B \r\n\nnoise\nkSwitch_gpio=", settings));
+    const protocol::Settings expected = {{"OLed_a_cpu", "0"}, {"OLed_a_small_n_buf", "A=B "}, {"kSwitch_gpio", ""}};
     EXPECT_EQ(settings, expected);
 
     protocol::Settings empty;
@@ -49,7 +53,8 @@ TEST(Protocol, ReplyReadsAsPairsInFileOrder) {
     EXPECT_FALSE(protocol::parse_reply("", empty));
 }
 
-TEST(Protocol, AddressesAreDottedIpv4) {
+TEST(Protocol, AddressesAreDottedIpv4)
+{
     EXPECT_TRUE(protocol::is_ipv4("192.168.1.20"));
     for (const char* bad : {"192.168.1", "192.168.1.256", "box", "", "1.2.3.4.5", "1.2.3.4 "}) {
         EXPECT_FALSE(protocol::is_ipv4(bad)) << bad;

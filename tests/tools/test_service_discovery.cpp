@@ -10,13 +10,15 @@
 
 namespace {
 
-nlohmann::json merged(const std::string& existing, const std::vector<std::string>& found) {
+nlohmann::json merged(const std::string& existing, const std::vector<std::string>& found)
+{
     std::string list;
     const std::string error = service_discovery::merge(existing, found, list);
     return error.empty() ? nlohmann::json::parse(list) : nlohmann::json("refused: " + error);
 }
 
-TEST(ServiceDiscovery, FoundBoxesJoinTheListAndListedOnesStay) {
+TEST(ServiceDiscovery, FoundBoxesJoinTheListAndListedOnesStay)
+{
     EXPECT_EQ(merged("", {"10.0.0.10", "10.0.0.9"}),
               nlohmann::json::parse(R"([{"targets": ["10.0.0.9", "10.0.0.10"], "labels": {}}])"));
     const std::string kept = R"([{"targets": ["10.1.0.9"], "labels": {"site": "north"}},
@@ -34,7 +36,8 @@ TEST(ServiceDiscovery, FoundBoxesJoinTheListAndListedOnesStay) {
     }
 }
 
-TEST(ServiceDiscovery, FileReplacedWholeKeepingItsPermissions) {
+TEST(ServiceDiscovery, FileReplacedWholeKeepingItsPermissions)
+{
     char folder_template[] = "/tmp/oled-sd-XXXXXX";
     const std::filesystem::path folder = mkdtemp(folder_template);
     const std::string path = folder / "boxes.json";

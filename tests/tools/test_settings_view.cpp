@@ -5,32 +5,39 @@
 
 namespace {
 
-protocol::Settings defaults() {
+protocol::Settings defaults()
+{
     protocol::Settings settings;
-    protocol::parse_reply("[oled]\nOLed_a_kind_start=1\nOLed_a_small_n_start=0\nOLed_a_cpu=1\nOLed_a_vi=1\nOLed_a_ai=1\n"
-                          "OLed_a_net=1\nOLed_a_venc=1\nOLed_a_temp=1\nOLed_a_start=1\nOLed_a_sleep_tim=3\nOLed_a_logo=0\n"
-                          "OLed_a_io=0\nOLed_a_led_start=0\nkLed_onboard=0\n",
-                          settings);
+    protocol::parse_reply(
+        "[oled]\nOLed_a_kind_start=1\nOLed_a_small_n_start=0\nOLed_a_cpu=1\nOLed_a_vi=1\nOLed_a_ai=1\n"
+        "OLed_a_net=1\nOLed_a_venc=1\nOLed_a_temp=1\nOLed_a_start=1\nOLed_a_sleep_tim=3\nOLed_a_logo=0\n"
+        "OLed_a_io=0\nOLed_a_led_start=0\nkLed_onboard=0\n",
+        settings);
     return settings;
 }
 
-void set(protocol::Settings& settings, const std::string& key, const std::string& value) {
+void set(protocol::Settings& settings, const std::string& key, const std::string& value)
+{
     for (auto& pair : settings) {
-        if (pair.first == key) pair.second = value;
+        if (pair.first == key)
+            pair.second = value;
     }
 }
 
 // A box's byte 0xE9 is "é" (Latin-1) in get --json, the fleet API and
 // /metrics alike; quotes and control bytes stay the text they were.
-TEST(SettingsView, OneRuleForBytesThatAreNotUtf8) {
+TEST(SettingsView, OneRuleForBytesThatAreNotUtf8)
+{
     const protocol::Settings settings = {{"a", "1"}, {"OLed_a_small_n_buf", "say \"hi\" \\ \t\x01\xe9"}, {"z", ""}};
     const auto json = nlohmann::ordered_json::parse(settings_view::to_json(settings));
-    EXPECT_EQ(json.dump(), "{\"a\":\"1\",\"OLed_a_small_n_buf\":\"say \\\"hi\\\" \\\\ \\t\\u0001\xc3\xa9\",\"z\":\"\"}");
+    EXPECT_EQ(json.dump(),
+              "{\"a\":\"1\",\"OLed_a_small_n_buf\":\"say \\\"hi\\\" \\\\ \\t\\u0001\xc3\xa9\",\"z\":\"\"}");
     EXPECT_EQ(metrics::label_value("\xe9\"\n"), "\xc3\xa9\\\"\\n");
     EXPECT_EQ(settings_view::to_json(protocol::Settings{}), "{}");
 }
 
-TEST(SettingsView, SummaryNamesPanelSleepPagesAndLeds) {
+TEST(SettingsView, SummaryNamesPanelSleepPagesAndLeds)
+{
     protocol::Settings settings = defaults();
     EXPECT_EQ(settings_view::summary("192.168.1.20", settings),
               "192.168.1.20    panel=old-small sleep=3 pages=cpu,vi,ai,net,venc,temp,time leds=off");
@@ -59,10 +66,13 @@ TEST(SettingsView, SummaryNamesPanelSleepPagesAndLeds) {
               "10.0.0.2        panel=? sleep=? pages=none leds=off");
 }
 
-TEST(SettingsView, BoxesAreSortedByAddressWithOneAnswerEach) {
-    std::vector<settings_view::Box> answers = {
-        {"10.0.0.10", {{"n", "1"}}}, {"10.0.0.9", {{"n", "2"}}}, {"9.255.0.1", {{"n", "3"}}},
-        {"10.0.0.10", {{"n", "4"}}}, {"10.0.1.1", {{"n", "5"}}}};
+TEST(SettingsView, BoxesAreSortedByAddressWithOneAnswerEach)
+{
+    std::vector<settings_view::Box> answers = {{"10.0.0.10", {{"n", "1"}}},
+                                               {"10.0.0.9", {{"n", "2"}}},
+                                               {"9.255.0.1", {{"n", "3"}}},
+                                               {"10.0.0.10", {{"n", "4"}}},
+                                               {"10.0.1.1", {{"n", "5"}}}};
     const std::vector<settings_view::Box> boxes = settings_view::sorted_unique(answers);
     EXPECT_EQ(settings_view::to_json(boxes),
               "[{\"address\":\"9.255.0.1\",\"settings\":{\"n\":\"3\"}},"

@@ -13,7 +13,8 @@
 
 namespace {
 
-void usage() {
+void usage()
+{
     std::printf(
         "usage: oled-logo to-bin IN.png OUT.bin [--dither]\n"
         "       oled-logo to-png IN.bin OUT.png\n"
@@ -26,42 +27,52 @@ void usage() {
         "logo page is on (oledctl set logo=1).\n");
 }
 
-int fail(const std::string& path, const std::string& reason) {
+int fail(const std::string& path, const std::string& reason)
+{
     std::fprintf(stderr, "oled-logo: %s: %s\n", path.c_str(), reason.c_str());
     return 1;
 }
 
-int to_bin(const std::string& in, const std::string& out, bool dither) {
+int to_bin(const std::string& in, const std::string& out, bool dither)
+{
     GreyImage picture;
     const std::string error = read_png(in, picture);
-    if (!error.empty()) return fail(in, error);
+    if (!error.empty())
+        return fail(in, error);
     const std::vector<std::uint8_t> file = logo::pack(logo::quantise(logo::fit_on_panel(picture), dither));
     std::ofstream stream(out, std::ios::binary | std::ios::trunc);
     stream.write(reinterpret_cast<const char*>(file.data()), static_cast<std::streamsize>(file.size()));
     stream.close();
-    if (!stream) return fail(out, std::strerror(errno));
+    if (!stream)
+        return fail(out, std::strerror(errno));
     return 0;
 }
 
-int to_png(const std::string& in, const std::string& out) {
+int to_png(const std::string& in, const std::string& out)
+{
     std::ifstream stream(in, std::ios::binary);
-    if (!stream) return fail(in, std::strerror(errno));
+    if (!stream)
+        return fail(in, std::strerror(errno));
     std::vector<std::uint8_t> file;
     // One byte more than a logo holds tells an oversized file apart.
     file.resize(logo::kFileSize + 1);
     stream.read(reinterpret_cast<char*>(file.data()), static_cast<std::streamsize>(file.size()));
     const std::size_t size = static_cast<std::size_t>(stream.gcount());
-    if (size > logo::kFileSize) return fail(in, "more than 8192 bytes; a logo.bin holds exactly 8192");
-    if (size < logo::kFileSize) return fail(in, std::to_string(size) + " bytes; a logo.bin holds exactly 8192");
+    if (size > logo::kFileSize)
+        return fail(in, "more than 8192 bytes; a logo.bin holds exactly 8192");
+    if (size < logo::kFileSize)
+        return fail(in, std::to_string(size) + " bytes; a logo.bin holds exactly 8192");
     file.resize(logo::kFileSize);
     const std::string error = write_grey_png(out, logo::kWidth, logo::kHeight, logo::to_grey(logo::unpack(file)));
-    if (!error.empty()) return fail(out, error);
+    if (!error.empty())
+        return fail(out, error);
     return 0;
 }
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv)
+{
     std::vector<std::string> words;
     bool dither = false;
     for (int i = 1; i < argc; ++i) {
@@ -79,8 +90,10 @@ int main(int argc, char** argv) {
             words.push_back(word);
         }
     }
-    if (words.size() == 3 && words[0] == "to-bin") return to_bin(words[1], words[2], dither);
-    if (words.size() == 3 && words[0] == "to-png" && !dither) return to_png(words[1], words[2]);
+    if (words.size() == 3 && words[0] == "to-bin")
+        return to_bin(words[1], words[2], dither);
+    if (words.size() == 3 && words[0] == "to-png" && !dither)
+        return to_png(words[1], words[2]);
     std::fprintf(stderr, "oled-logo: expected to-bin IN.png OUT.bin [--dither] or to-png IN.bin OUT.png\n");
     return 2;
 }

@@ -16,19 +16,21 @@ struct ImageRelease {
 
 }  // namespace
 
-std::string read_png(const std::string& path, GreyImage& image) {
+std::string read_png(const std::string& path, GreyImage& image)
+{
     png_image png{};
     png.version = PNG_IMAGE_VERSION;
     // Frees libpng's read state on every way out, including failures.
     std::unique_ptr<png_image, ImageRelease> release(&png);
-    if (png_image_begin_read_from_file(&png, path.c_str()) == 0) return png.message;
-    if (png.width == 0 || png.height == 0 ||
-        static_cast<unsigned long>(png.width) * png.height > kMaxPixels) {
+    if (png_image_begin_read_from_file(&png, path.c_str()) == 0)
+        return png.message;
+    if (png.width == 0 || png.height == 0 || static_cast<unsigned long>(png.width) * png.height > kMaxPixels) {
         return "picture of " + std::to_string(png.width) + " x " + std::to_string(png.height) + " pixels is too large";
     }
     png.format = PNG_FORMAT_GA;
     std::vector<png_byte> buffer(PNG_IMAGE_SIZE(png));
-    if (png_image_finish_read(&png, nullptr, buffer.data(), 0, nullptr) == 0) return png.message;
+    if (png_image_finish_read(&png, nullptr, buffer.data(), 0, nullptr) == 0)
+        return png.message;
     image.width = static_cast<int>(png.width);
     image.height = static_cast<int>(png.height);
     image.pixels.resize(static_cast<std::size_t>(image.width) * image.height);
@@ -38,7 +40,8 @@ std::string read_png(const std::string& path, GreyImage& image) {
     return "";
 }
 
-std::string write_grey_png(const std::string& path, int width, int height, const std::vector<std::uint8_t>& pixels) {
+std::string write_grey_png(const std::string& path, int width, int height, const std::vector<std::uint8_t>& pixels)
+{
     png_image png{};
     png.version = PNG_IMAGE_VERSION;
     png.width = static_cast<png_uint_32>(width);

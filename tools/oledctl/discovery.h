@@ -13,10 +13,10 @@ namespace fleet {
 // Where and how long to ask the boxes.
 struct Network {
     unsigned short port;
-    std::string iface;  // group sends leave through it; empty: the route's
-    double timeout;     // seconds to wait after the last question
+    std::string iface;                            // group sends leave through it; empty: the route's
+    double timeout;                               // seconds to wait after the last question
     std::vector<std::uint32_t> subnet_addresses;  // asked one by one besides the group
-    std::string key;  // signs every datagram; empty: none signed
+    std::string key;                              // signs every datagram; empty: none signed
 };
 
 // One round of discovery: the query to the group, then to every subnet

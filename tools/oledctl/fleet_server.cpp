@@ -4,8 +4,8 @@
 #include <signal.h>
 
 #include <atomic>
-#include <chrono>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -35,12 +35,14 @@ constexpr std::size_t kMaxBody = 64 * 1024;
 // worker costs a stack's untouched pages.
 constexpr std::size_t kWorkers = 256;
 
-int fail(int status, const std::string& reason) {
+int fail(int status, const std::string& reason)
+{
     std::fprintf(stderr, "oledctl: %s\n", reason.c_str());
     return status;
 }
 
-void send(httplib::Response& response, const Reply& reply) {
+void send(httplib::Response& response, const Reply& reply)
+{
     response.status = reply.status;
     response.set_content(reply.body, kJson);
 }
@@ -48,7 +50,8 @@ void send(httplib::Response& response, const Reply& reply) {
 // The status that refuses a request for its method or body, 0 for none.
 // The library reads a body whole before the routes, and one without a
 // stated length until the sender stops: only a stated, small length passes.
-int body_refusal(const httplib::Request& request, std::string& reason) {
+int body_refusal(const httplib::Request& request, std::string& reason)
+{
     const bool bodiless = request.method == "GET" || request.method == "HEAD";
     if (!bodiless && request.path.compare(0, 5, "/api/") != 0) {
         reason = "only GET is served outside /api/";
@@ -68,7 +71,8 @@ int body_refusal(const httplib::Request& request, std::string& reason) {
     return 0;
 }
 
-void send_metrics(httplib::Response& response, const Reply& reply) {
+void send_metrics(httplib::Response& response, const Reply& reply)
+{
     response.status = reply.status;
     response.set_content(reply.body, reply.status == 200 ? metrics::kContentType : "text/plain; charset=utf-8");
 }
@@ -77,11 +81,13 @@ void send_metrics(httplib::Response& response, const Reply& reply) {
 // of ours, and bodies that are not worth reading, before the body is read;
 // everything else goes on to the routes.
 httplib::Server::HandlerResponse guard(const httplib::Request& request, httplib::Response& response,
-                                       const std::string& token, const std::string& metrics_token) {
+                                       const std::string& token, const std::string& metrics_token)
+{
     std::string why_not;
     const int status = body_refusal(request, why_not);
     if (status != 0) {
-        if (status == 405) response.set_header("Allow", "GET, HEAD");
+        if (status == 405)
+            response.set_header("Allow", "GET, HEAD");
         send(response, refusal(status, why_not));
         return httplib::Server::HandlerResponse::Handled;
     }
@@ -110,12 +116,14 @@ httplib::Server::HandlerResponse guard(const httplib::Request& request, httplib:
             reason = "requests from other pages are refused";
         }
     }
-    if (reason.empty()) return httplib::Server::HandlerResponse::Unhandled;
+    if (reason.empty())
+        return httplib::Server::HandlerResponse::Unhandled;
     send(response, refusal(403, reason));
     return httplib::Server::HandlerResponse::Handled;
 }
 
-void add_routes(httplib::Server& server, Api& api, const Network& network) {
+void add_routes(httplib::Server& server, Api& api, const Network& network)
+{
     server.Get("/", [](const httplib::Request&, httplib::Response& response) {
         response.set_content(kPageHtml, "text/html; charset=utf-8");
     });
@@ -125,9 +133,8 @@ void add_routes(httplib::Server& server, Api& api, const Network& network) {
     server.Get("/fleet.js", [](const httplib::Request&, httplib::Response& response) {
         response.set_content(kPageScript, "text/javascript; charset=utf-8");
     });
-    server.Get("/metrics", [&api](const httplib::Request&, httplib::Response& response) {
-        send_metrics(response, api.scrape());
-    });
+    server.Get("/metrics",
+               [&api](const httplib::Request&, httplib::Response& response) { send_metrics(response, api.scrape()); });
     server.Get("/probe", [&network](const httplib::Request& request, httplib::Response& response) {
         // The library gzips a text reply the scraper accepts so, after this
         // handler: for a probe's few hundred bytes zlib's 256 KiB of state
@@ -136,11 +143,14 @@ void add_routes(httplib::Server& server, Api& api, const Network& network) {
         const_cast<httplib::Request&>(request).headers.erase("Accept-Encoding");
         std::vector<std::string> targets;
         const auto given = request.params.equal_range("target");
-        for (auto param = given.first; param != given.second; ++param) targets.push_back(param->second);
+        for (auto param = given.first; param != given.second; ++param)
+            targets.push_back(param->second);
         send_metrics(response, probe::answer(targets, request.get_header_value(probe::kScrapeTimeoutHeader), network));
     });
-    server.Get("/api/keys", [&api](const httplib::Request&, httplib::Response& response) { send(response, api.keys()); });
-    server.Get("/api/boxes", [&api](const httplib::Request&, httplib::Response& response) { send(response, api.list()); });
+    server.Get("/api/keys",
+               [&api](const httplib::Request&, httplib::Response& response) { send(response, api.keys()); });
+    server.Get("/api/boxes",
+               [&api](const httplib::Request&, httplib::Response& response) { send(response, api.list()); });
     server.Get(R"(/api/boxes/([^/]+))", [&api](const httplib::Request& request, httplib::Response& response) {
         send(response, api.read(request.matches[1]));
     });
@@ -154,48 +164,59 @@ void add_routes(httplib::Server& server, Api& api, const Network& network) {
 
 // Waits for Ctrl-C (or SIGTERM, SIGHUP) while the server runs; false
 // when the server ended by itself.
-bool wait_for_stop_signal(const sigset_t& signals, const std::atomic<bool>& serving) {
+bool wait_for_stop_signal(const sigset_t& signals, const std::atomic<bool>& serving)
+{
     const timespec tick{0, 200 * 1000 * 1000};
     while (serving) {
-        if (sigtimedwait(&signals, nullptr, &tick) > 0) return true;
+        if (sigtimedwait(&signals, nullptr, &tick) > 0)
+            return true;
     }
     return false;
 }
 
 }  // namespace
 
-int serve(const CliOptions& options) {
+int serve(const CliOptions& options)
+{
     std::string address;
     int port = 0;
     const std::string error = parse_listen(options.listen.empty() ? kDefaultListen : options.listen, address, port);
-    if (!error.empty()) return fail(kBadInput, error);
+    if (!error.empty())
+        return fail(kBadInput, error);
     std::string token;
     std::string token_file = options.token_file;
     std::string metrics_token;
     if (!options.metrics_token_file.empty()) {
         const std::string unusable = read_token_file(options.metrics_token_file, metrics_token);
-        if (!unusable.empty()) return fail(kBadInput, unusable);
+        if (!unusable.empty())
+            return fail(kBadInput, unusable);
         warn_if_readable(options.metrics_token_file);
     }
     if (!token_file.empty()) {
         const std::string unusable = read_token_file(token_file, token);
-        if (!unusable.empty()) return fail(kBadInput, unusable);
+        if (!unusable.empty())
+            return fail(kBadInput, unusable);
         warn_if_readable(token_file);
-        if (token == metrics_token) return fail(kBadInput, "the scrape token must differ from the session token");
+        if (token == metrics_token)
+            return fail(kBadInput, "the scrape token must differ from the session token");
     } else {
         token = new_token();
-        if (token.empty()) return fail(kFailed, std::string("no random bytes for the session token: ") + std::strerror(errno));
+        if (token.empty())
+            return fail(kFailed, std::string("no random bytes for the session token: ") + std::strerror(errno));
         token_file = default_token_path(port);
-        if (token_file.empty()) return fail(kFailed, "no folder for the token file in XDG_RUNTIME_DIR or HOME: give --token-file");
+        if (token_file.empty())
+            return fail(kFailed, "no folder for the token file in XDG_RUNTIME_DIR or HOME: give --token-file");
         const std::string unwritten = write_token_file(token_file, token);
-        if (!unwritten.empty()) return fail(kFailed, unwritten);
+        if (!unwritten.empty())
+            return fail(kFailed, unwritten);
     }
 
     // Only this thread takes the stop signals; the server's threads,
     // started after this, inherit the mask.
     sigset_t signals;
     sigemptyset(&signals);
-    for (int number : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, number);
+    for (int number : {SIGINT, SIGTERM, SIGHUP})
+        sigaddset(&signals, number);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
     const Network network{options.port, options.iface, options.timeout, options.subnet_addresses, options.key};
@@ -227,10 +248,9 @@ int serve(const CliOptions& options) {
     // between two lines is let go, so slow connections sending a line every
     // few seconds cannot hold every worker for long.
     server.set_read_timeout(1, 0);
-    server.set_pre_routing_handler(
-        [&](const httplib::Request& request, httplib::Response& response) {
-            return guard(request, response, token, metrics_token);
-        });
+    server.set_pre_routing_handler([&](const httplib::Request& request, httplib::Response& response) {
+        return guard(request, response, token, metrics_token);
+    });
     // A client that asks before it sends a body (Expect: 100-continue)
     // learns the refusal and sends nothing.
     server.set_expect_100_continue_handler([&](const httplib::Request& request, httplib::Response& response) {
@@ -270,7 +290,8 @@ int serve(const CliOptions& options) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     listener.join();
-    if (!asked) return fail(kFailed, "the web server stopped");
+    if (!asked)
+        return fail(kFailed, "the web server stopped");
     std::printf("stopped\n");
     return kFine;
 }

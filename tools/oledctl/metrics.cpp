@@ -17,49 +17,62 @@ struct Shown {
 
 using Sample = std::function<void(const Shown& shown, std::string& out)>;
 
-std::string labels(const std::string& own, const std::string& more = "") {
+std::string labels(const std::string& own, const std::string& more = "")
+{
     const std::string inside = own.empty() || more.empty() ? own + more : own + "," + more;
     return inside.empty() ? "" : "{" + inside + "}";
 }
 
-std::string address_label(const fleet::BoxState& box) { return "address=\"" + label_value(box.address) + "\""; }
+std::string address_label(const fleet::BoxState& box)
+{
+    return "address=\"" + label_value(box.address) + "\"";
+}
 
-void head(std::string& out, const char* name, const char* help) {
+void head(std::string& out, const char* name, const char* help)
+{
     out += std::string("# HELP ") + name + " " + help + "\n# TYPE " + name + " gauge\n";
 }
 
-void line(std::string& out, const char* name, const std::string& label_text, const std::string& value) {
+void line(std::string& out, const char* name, const std::string& label_text, const std::string& value)
+{
     out += name + label_text + " " + value + "\n";
 }
 
-void line(std::string& out, const char* name, const std::string& label_text, long value) {
+void line(std::string& out, const char* name, const std::string& label_text, long value)
+{
     line(out, name, label_text, std::to_string(value));
 }
 
-void family(std::string& out, const char* name, const char* help, const std::vector<Shown>& shown,
-            const Sample& sample) {
+void family(std::string& out, const char* name, const char* help, const std::vector<Shown>& shown, const Sample& sample)
+{
     head(out, name, help);
-    for (const Shown& one : shown) sample(one, out);
+    for (const Shown& one : shown)
+        sample(one, out);
 }
 
 // A setting's number as a sample (a switch as the box takes it: any
 // number but 0 is on); nothing when the box sent none.
 void setting(std::string& out, const Shown& shown, const char* name, const char* key, bool as_switch,
-             const std::string& more = "") {
+             const std::string& more = "")
+{
     long value = 0;
-    if (!settings_view::number(*shown.settings, key, value)) return;
+    if (!settings_view::number(*shown.settings, key, value))
+        return;
     line(out, name, labels(shown.own, more), as_switch ? value != 0 : value);
 }
 
-std::string setting_text(const protocol::Settings& settings, const std::string& key) {
+std::string setting_text(const protocol::Settings& settings, const std::string& key)
+{
     for (const auto& pair : settings) {
-        if (pair.first == key) return pair.second;
+        if (pair.first == key)
+            return pair.second;
     }
     return "";
 }
 
 // The series a box's settings make, for each box that just answered.
-void settings_families(std::string& out, const std::vector<Shown>& shown) {
+void settings_families(std::string& out, const std::vector<Shown>& shown)
+{
     family(out, "oled_box_info", "The box's panel type and custom text line.", shown,
            [](const Shown& box, std::string& text) {
                const std::string panel = settings_view::panel_name(setting_text(*box.settings, "OLed_a_kind_start"));
@@ -72,10 +85,9 @@ void settings_families(std::string& out, const std::vector<Shown>& shown) {
            [](const Shown& box, std::string& text) {
                setting(text, box, "oled_box_sleep_seconds", "OLed_a_sleep_tim", false);
            });
-    family(out, "oled_box_led_on", "The outside status LEDs' switch: 1 on, 0 off.", shown,
-           [](const Shown& box, std::string& text) {
-               setting(text, box, "oled_box_led_on", "OLed_a_led_start", true);
-           });
+    family(
+        out, "oled_box_led_on", "The outside status LEDs' switch: 1 on, 0 off.", shown,
+        [](const Shown& box, std::string& text) { setting(text, box, "oled_box_led_on", "OLed_a_led_start", true); });
     family(out, "oled_box_page_enabled", "1 when the panel shows the page, else 0.", shown,
            [](const Shown& box, std::string& text) {
                for (const settings_view::Page& page : settings_view::pages()) {
@@ -87,7 +99,8 @@ void settings_families(std::string& out, const std::vector<Shown>& shown) {
 
 }  // namespace
 
-std::string label_value(const std::string& text) {
+std::string label_value(const std::string& text)
+{
     std::string out;
     for (unsigned char c : text) {
         if (c == '\\') {
@@ -105,16 +118,19 @@ std::string label_value(const std::string& text) {
     return out;
 }
 
-std::string exposition(const std::vector<fleet::BoxState>& boxes) {
+std::string exposition(const std::vector<fleet::BoxState>& boxes)
+{
     std::vector<Shown> known;
     std::vector<Shown> answering;
     for (const fleet::BoxState& box : boxes) {
         known.push_back({address_label(box), &box.settings});
-        if (box.answering) answering.push_back(known.back());
+        if (box.answering)
+            answering.push_back(known.back());
     }
     std::string out;
     head(out, "oled_box_up", "1 when the box answered this round, 0 when it answered an earlier one only.");
-    for (std::size_t i = 0; i < boxes.size(); ++i) line(out, "oled_box_up", labels(known[i].own), boxes[i].answering);
+    for (std::size_t i = 0; i < boxes.size(); ++i)
+        line(out, "oled_box_up", labels(known[i].own), boxes[i].answering);
     head(out, "oled_box_last_answer_timestamp_seconds", "When the box last answered, in Unix seconds.");
     for (std::size_t i = 0; i < boxes.size(); ++i) {
         line(out, "oled_box_last_answer_timestamp_seconds", labels(known[i].own),
@@ -156,14 +172,17 @@ const StatSeries kStatSeries[] = {
     {"start_time", "oled_box_start_time_seconds", ""},
 };
 
-const char* stat_help(const std::string& family) {
-    if (family == "oled_box_start_time_seconds") return "When the box's daemon started, Unix seconds: a change is a reset.";
+const char* stat_help(const std::string& family)
+{
+    if (family == "oled_box_start_time_seconds")
+        return "When the box's daemon started, Unix seconds: a change is a reset.";
     return "What the box's control server counted since it started.";
 }
 
 // Only digits are taken from a box's answer: a forged one cannot reach
 // the exposition with anything else.
-void stats_families(std::string& out, const protocol::Settings& stats) {
+void stats_families(std::string& out, const protocol::Settings& stats)
+{
     std::string last;
     for (const StatSeries& series : kStatSeries) {
         for (const auto& item : stats) {
@@ -174,16 +193,19 @@ void stats_families(std::string& out, const protocol::Settings& stats) {
             if (series.family != last) {
                 last = series.family;
                 const bool gauge = last == "oled_box_start_time_seconds";
-                out += "# HELP " + last + " " + stat_help(last) + "\n# TYPE " + last + (gauge ? " gauge\n" : " counter\n");
+                out +=
+                    "# HELP " + last + " " + stat_help(last) + "\n# TYPE " + last + (gauge ? " gauge\n" : " counter\n");
             }
-            out += last + (*series.label != '\0' ? "{" + std::string(series.label) + "}" : "") + " " + item.second + "\n";
+            out +=
+                last + (*series.label != '\0' ? "{" + std::string(series.label) + "}" : "") + " " + item.second + "\n";
         }
     }
 }
 
 }  // namespace
 
-std::string probe(bool answered, double seconds, const protocol::Settings& settings, const protocol::Settings& stats) {
+std::string probe(bool answered, double seconds, const protocol::Settings& settings, const protocol::Settings& stats)
+{
     std::string out;
     head(out, "oled_probe_success", "1 when the box answered the probe's question, else 0.");
     line(out, "oled_probe_success", "", answered);
@@ -191,8 +213,10 @@ std::string probe(bool answered, double seconds, const protocol::Settings& setti
     std::snprintf(duration, sizeof duration, "%.6f", seconds);
     head(out, "oled_probe_duration_seconds", "Seconds from the question to the answer, or the whole wait.");
     line(out, "oled_probe_duration_seconds", "", duration);
-    if (answered) settings_families(out, {{"", &settings}});
-    if (answered) stats_families(out, stats);
+    if (answered)
+        settings_families(out, {{"", &settings}});
+    if (answered)
+        stats_families(out, stats);
     return out;
 }
 

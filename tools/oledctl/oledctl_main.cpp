@@ -44,7 +44,8 @@ const char* const kSubnetHelp =
     "                   broadcast addresses are skipped below /31; a subnet with\n"
     "                   host bits set (10.0.1.5/24) is refused, not rounded.\n";
 
-void usage(const std::string& verb) {
+void usage(const std::string& verb)
+{
     if (verb == "set") {
         std::printf(
             "usage: oledctl set KEY=VALUE... (--box ADDR [--via-group] | --all) [options]\n"
@@ -126,24 +127,30 @@ void usage(const std::string& verb) {
     std::printf("Options:\n%s", kCommonHelp);
 }
 
-int fail(int status, const std::string& reason) {
+int fail(int status, const std::string& reason)
+{
     std::fprintf(stderr, "oledctl: %s\n", reason.c_str());
     return status;
 }
 
 // Opens the socket and sends payload to the box or the group as asked.
-std::string send_datagram(UdpClient& client, const CliOptions& options, bool to_group, const std::string& payload) {
+std::string send_datagram(UdpClient& client, const CliOptions& options, bool to_group, const std::string& payload)
+{
     client.sign_with(options.key);
     // One socket for the questions and the change: the interface chosen
     // for group sends does not matter to unicast ones.
     std::string error = client.is_open() ? std::string() : client.open(options.iface);
-    if (error.empty()) error = client.send(to_group ? protocol::kGroup : options.box, options.port, payload);
+    if (error.empty())
+        error = client.send(to_group ? protocol::kGroup : options.box, options.port, payload);
     return error;
 }
 
-std::string check_target(const CliOptions& options) {
-    if (options.all == !options.box.empty()) return "give either --box ADDR or --all";
-    if (options.via_group && options.box.empty()) return "--via-group needs --box ADDR";
+std::string check_target(const CliOptions& options)
+{
+    if (options.all == !options.box.empty())
+        return "give either --box ADDR or --all";
+    if (options.via_group && options.box.empty())
+        return "--via-group needs --box ADDR";
     return "";
 }
 
@@ -152,10 +159,11 @@ using Answers = std::map<std::string, protocol::Settings>;
 
 // Asks the box (or with --all every box, through the group) and collects
 // the answers that begin with header for up to wait seconds.
-Answers ask(UdpClient& client, const CliOptions& options, const std::string& query, const char* header,
-            double wait) {
+Answers ask(UdpClient& client, const CliOptions& options, const std::string& query, const char* header, double wait)
+{
     Answers answers;
-    if (!send_datagram(client, options, options.all, query).empty()) return answers;
+    if (!send_datagram(client, options, options.all, query).empty())
+        return answers;
     client.collect(deadline_after(wait), [&](const std::string& source, const std::string& payload) {
         protocol::Settings pairs;
         if ((options.all || source == options.box) && protocol::parse_reply(payload, pairs, header)) {
@@ -169,15 +177,16 @@ Answers ask(UdpClient& client, const CliOptions& options, const std::string& que
 // Reads every box back after a change and says, item by item, what it
 // took; the exit status sums it up.
 int read_back(UdpClient& client, const CliOptions& options, const std::vector<std::string>& items,
-              const Answers& before) {
+              const Answers& before)
+{
     const Answers after = ask(client, options, protocol::build_query(), protocol::kReplyHeader, options.timeout);
     if (after.empty()) {
         return fail(kNoAnswer, "no answer from " + (options.all ? std::string("any box") : options.box) + " within " +
                                    seconds_text(options.timeout) + ": nothing read back");
     }
-    const Answers counts = before.empty() ? Answers()
-                                          : ask(client, options, protocol::build_stats_query(),
-                                                protocol::kStatsHeader, kCountsWait);
+    const Answers counts =
+        before.empty() ? Answers()
+                       : ask(client, options, protocol::build_stats_query(), protocol::kStatsHeader, kCountsWait);
     bool refused = false;
     for (const auto& box : after) {
         const auto was = before.find(box.first);
@@ -185,18 +194,22 @@ int read_back(UdpClient& client, const CliOptions& options, const std::vector<st
         const std::vector<set_check::ItemReport> reports = set_check::judge(
             items, box.second, set_check::refusal_counts(was == before.end() ? protocol::Settings() : was->second),
             set_check::refusal_counts(now == counts.end() ? protocol::Settings() : now->second));
-        for (const auto& report : reports) refused = refused || report.verdict == set_check::Verdict::refused;
+        for (const auto& report : reports)
+            refused = refused || report.verdict == set_check::Verdict::refused;
         std::fputs(set_check::report(box.first, reports).c_str(), stdout);
     }
     return refused ? kRefused : kFine;
 }
 
-int send_items(const CliOptions& options, const std::vector<std::string>& items) {
+int send_items(const CliOptions& options, const std::vector<std::string>& items)
+{
     std::string error = check_target(options);
-    if (!error.empty()) return fail(kBadInput, error);
+    if (!error.empty())
+        return fail(kBadInput, error);
     for (const std::string& item : items) {
         error = protocol::check_item(item);
-        if (!error.empty()) return fail(kBadInput, error);
+        if (!error.empty())
+            return fail(kBadInput, error);
     }
     const bool to_group = options.all || options.via_group;
     const std::string datagram = protocol::build_set(items, options.via_group ? options.box : std::string());
@@ -210,55 +223,71 @@ int send_items(const CliOptions& options, const std::vector<std::string>& items)
                                                            : ask(client, options, protocol::build_stats_query(),
                                                                  protocol::kStatsHeader, kCountsWait);
     error = send_datagram(client, options, to_group, datagram);
-    if (!error.empty()) return fail(kNoAnswer, error);
+    if (!error.empty())
+        return fail(kNoAnswer, error);
     std::printf("sent to %s:%u: %s\n", to_group ? protocol::kGroup : options.box.c_str(), options.port,
                 datagram.c_str());
     return options.no_check ? kFine : read_back(client, options, items, before);
 }
 
-int run_set(const CliOptions& options) {
+int run_set(const CliOptions& options)
+{
     if (!options.raw_given) {
-        if (options.arguments.empty()) return fail(kBadInput, "set needs KEY=VALUE items (oledctl set --help)");
+        if (options.arguments.empty())
+            return fail(kBadInput, "set needs KEY=VALUE items (oledctl set --help)");
         return send_items(options, options.arguments);
     }
-    if (!options.arguments.empty()) return fail(kBadInput, "--raw takes no KEY=VALUE items besides its text");
-    if (options.via_group) return fail(kBadInput, "--raw sends its text as it stands: use --all and write the marker");
+    if (!options.arguments.empty())
+        return fail(kBadInput, "--raw takes no KEY=VALUE items besides its text");
+    if (options.via_group)
+        return fail(kBadInput, "--raw sends its text as it stands: use --all and write the marker");
     std::string error = check_target(options);
-    if (!error.empty()) return fail(kBadInput, error);
-    if (options.raw.size() > protocol::kMaxDatagram) return fail(kBadInput, "raw text longer than 1024 bytes");
+    if (!error.empty())
+        return fail(kBadInput, error);
+    if (options.raw.size() > protocol::kMaxDatagram)
+        return fail(kBadInput, "raw text longer than 1024 bytes");
     UdpClient client;
     error = send_datagram(client, options, options.all, options.raw);
-    if (!error.empty()) return fail(kNoAnswer, error);
+    if (!error.empty())
+        return fail(kNoAnswer, error);
     std::printf("sent to %s:%u: %s\n", options.all ? protocol::kGroup : options.box.c_str(), options.port,
                 options.raw.c_str());
     return kFine;
 }
 
-int run_led_test(const CliOptions& options) {
+int run_led_test(const CliOptions& options)
+{
     if (options.arguments.size() != 1 || (options.arguments[0] != "on" && options.arguments[0] != "off")) {
         return fail(kBadInput, "led-test needs on or off");
     }
     return send_items(options, {options.arguments[0] == "on" ? "test=1" : "test=0"});
 }
 
-int run_get(const CliOptions& options) {
-    if (options.box.empty() || options.all || options.via_group) return fail(kBadInput, "get needs --box ADDR alone");
-    if (!options.arguments.empty()) return fail(kBadInput, "get takes no arguments");
-    if (options.stats && options.json) return fail(kBadInput, "give --json or --stats, not both");
+int run_get(const CliOptions& options)
+{
+    if (options.box.empty() || options.all || options.via_group)
+        return fail(kBadInput, "get needs --box ADDR alone");
+    if (!options.arguments.empty())
+        return fail(kBadInput, "get takes no arguments");
+    if (options.stats && options.json)
+        return fail(kBadInput, "give --json or --stats, not both");
     const char* header = options.stats ? protocol::kStatsHeader : protocol::kReplyHeader;
     UdpClient client;
     std::string error =
         send_datagram(client, options, false, options.stats ? protocol::build_stats_query() : protocol::build_query());
-    if (!error.empty()) return fail(kNoAnswer, error);
+    if (!error.empty())
+        return fail(kNoAnswer, error);
     std::string reply;
     bool answered = false;
     error = client.collect(deadline_after(options.timeout), [&](const std::string& source, const std::string& payload) {
-        if (source != options.box || payload.compare(0, std::strlen(header), header) != 0) return false;
+        if (source != options.box || payload.compare(0, std::strlen(header), header) != 0)
+            return false;
         reply = payload;
         answered = true;
         return true;
     });
-    if (!error.empty()) return fail(kNoAnswer, error);
+    if (!error.empty())
+        return fail(kNoAnswer, error);
     if (!answered) {
         return fail(kNoAnswer, std::string(options.stats ? "no counts" : "no answer") + " from " + options.box +
                                    " within " + seconds_text(options.timeout));
@@ -277,83 +306,109 @@ int run_get(const CliOptions& options) {
 // The boxes found as Prometheus's target list: printed, or added to the
 // list kept in --output.
 // The list kept in --output, checked; empty result: fine.
-std::string kept_inventory(const CliOptions& options, std::string& existing) {
+std::string kept_inventory(const CliOptions& options, std::string& existing)
+{
     std::string error = options.output.empty() ? "" : service_discovery::read_file(options.output, existing);
     std::string list;
-    if (error.empty()) error = service_discovery::merge(existing, {}, list);
+    if (error.empty())
+        error = service_discovery::merge(existing, {}, list);
     return error.empty() ? "" : options.output + ": " + error + "; the file is left as it is";
 }
 
-int write_inventory(const CliOptions& options, const std::vector<settings_view::Box>& boxes) {
+int write_inventory(const CliOptions& options, const std::vector<settings_view::Box>& boxes)
+{
     std::vector<std::string> found;
-    for (const settings_view::Box& box : boxes) found.push_back(box.address);
+    for (const settings_view::Box& box : boxes)
+        found.push_back(box.address);
     std::string existing;
     std::string error = kept_inventory(options, existing);
     std::string list;
-    if (error.empty()) error = service_discovery::merge(existing, found, list);
-    if (!error.empty()) return fail(kBadInput, error);
+    if (error.empty())
+        error = service_discovery::merge(existing, found, list);
+    if (!error.empty())
+        return fail(kBadInput, error);
     if (options.output.empty()) {
         std::fwrite(list.data(), 1, list.size(), stdout);
         return kFine;
     }
     error = service_discovery::write_atomically(options.output, list);
-    if (!error.empty()) return fail(kNoAnswer, error);
+    if (!error.empty())
+        return fail(kNoAnswer, error);
     std::printf("%zu boxes answered; %s written\n", boxes.size(), options.output.c_str());
     return kFine;
 }
 
-int run_discover(const CliOptions& options) {
-    if (!options.box.empty() || options.all || options.via_group) return fail(kBadInput, "discover asks every box");
-    if (!options.arguments.empty()) return fail(kBadInput, "discover takes no arguments");
+int run_discover(const CliOptions& options)
+{
+    if (!options.box.empty() || options.all || options.via_group)
+        return fail(kBadInput, "discover asks every box");
+    if (!options.arguments.empty())
+        return fail(kBadInput, "discover takes no arguments");
     std::string existing;
     const std::string unusable = kept_inventory(options, existing);
-    if (!unusable.empty()) return fail(kBadInput, unusable);  // before the round's wait
+    if (!unusable.empty())
+        return fail(kBadInput, unusable);  // before the round's wait
     std::vector<settings_view::Box> answers;
     const fleet::Network network{options.port, options.iface, options.timeout, options.subnet_addresses, options.key};
-    const std::string error = fleet::discover(network, [&](const std::string& address, const protocol::Settings& settings) {
-        answers.push_back({address, settings});
-    });
-    if (!error.empty()) return fail(kNoAnswer, error);
+    const std::string error =
+        fleet::discover(network, [&](const std::string& address, const protocol::Settings& settings) {
+            answers.push_back({address, settings});
+        });
+    if (!error.empty())
+        return fail(kNoAnswer, error);
     const std::vector<settings_view::Box> boxes = settings_view::sorted_unique(std::move(answers));
-    if (boxes.empty()) return fail(kNoAnswer, "no box answered within " + seconds_text(options.timeout));
-    if (options.format == "prometheus-sd") return write_inventory(options, boxes);
+    if (boxes.empty())
+        return fail(kNoAnswer, "no box answered within " + seconds_text(options.timeout));
+    if (options.format == "prometheus-sd")
+        return write_inventory(options, boxes);
     if (options.json || options.format == "json") {
         std::printf("%s\n", settings_view::to_json(boxes).c_str());
     } else {
-        for (const settings_view::Box& box : boxes) std::printf("%s\n", settings_view::summary(box.address, box.settings).c_str());
+        for (const settings_view::Box& box : boxes)
+            std::printf("%s\n", settings_view::summary(box.address, box.settings).c_str());
     }
     return kFine;
 }
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv)
+{
     CliOptions options;
     const std::string error = parse_cli(argc, argv, options);
     if (options.help) {
         usage(options.verb);
         return kFine;
     }
-    if (!error.empty()) return fail(kBadInput, error);
+    if (!error.empty())
+        return fail(kBadInput, error);
     if (options.subnet_given && options.verb != "discover" && options.verb != "serve") {
         return fail(kBadInput, "--subnet is for discover and serve");
     }
     if ((!options.token_file.empty() || !options.metrics_token_file.empty()) && options.verb != "serve") {
         return fail(kBadInput, "--token-file and --metrics-token-file are for serve");
     }
-    if (!options.format.empty() && options.verb != "discover") return fail(kBadInput, "--format is for discover");
+    if (!options.format.empty() && options.verb != "discover")
+        return fail(kBadInput, "--format is for discover");
     if (!options.output.empty() && options.format != "prometheus-sd") {
         return fail(kBadInput, "--output is for discover --format prometheus-sd");
     }
-    if (options.json && !options.format.empty()) return fail(kBadInput, "give --json or --format, not both");
-    if (options.verb == "set") return run_set(options);
-    if (options.verb == "get") return run_get(options);
-    if (options.verb == "discover") return run_discover(options);
-    if (options.verb == "led-test") return run_led_test(options);
+    if (options.json && !options.format.empty())
+        return fail(kBadInput, "give --json or --format, not both");
+    if (options.verb == "set")
+        return run_set(options);
+    if (options.verb == "get")
+        return run_get(options);
+    if (options.verb == "discover")
+        return run_discover(options);
+    if (options.verb == "led-test")
+        return run_led_test(options);
     if (options.verb == "serve") {
         if (!options.box.empty() || options.all || options.via_group || !options.arguments.empty()) {
-            return fail(kBadInput, "serve takes only --listen, --subnet, --token-file, --metrics-token-file, --key-file, --iface, --port "
-                        "and --timeout");
+            return fail(
+                kBadInput,
+                "serve takes only --listen, --subnet, --token-file, --metrics-token-file, --key-file, --iface, --port "
+                "and --timeout");
         }
         return fleet::serve(options);
     }

@@ -20,17 +20,23 @@ constexpr int kNetworkFailure = 502;
 constexpr double kCountsGrace = 0.1;
 
 // A stranger's text in a one-line reason: short, printable.
-std::string shown(const std::string& text) {
+std::string shown(const std::string& text)
+{
     std::string out;
-    for (char c : text.substr(0, 40)) out += (c >= 0x20 && c < 0x7f) ? c : '?';
+    for (char c : text.substr(0, 40))
+        out += (c >= 0x20 && c < 0x7f) ? c : '?';
     return "'" + out + (text.size() > 40 ? "...'" : "'");
 }
 
-fleet::Reply refused(const std::string& reason) { return {kBadRequest, reason + "\n"}; }
+fleet::Reply refused(const std::string& reason)
+{
+    return {kBadRequest, reason + "\n"};
+}
 
 }  // namespace
 
-std::string check_target(const std::string& target) {
+std::string check_target(const std::string& target)
+{
     in_addr address{};
     if (inet_pton(AF_INET, target.c_str(), &address) != 1) {
         return "target " + shown(target) + ": not a dotted IPv4 address such as 10.1.0.5";
@@ -49,9 +55,11 @@ std::string check_target(const std::string& target) {
     return why == nullptr ? "" : "target '" + target + "': " + why;
 }
 
-std::string wait_seconds(const std::string& scrape_timeout, double cap, double& seconds) {
+std::string wait_seconds(const std::string& scrape_timeout, double cap, double& seconds)
+{
     seconds = cap;
-    if (scrape_timeout.empty()) return "";
+    if (scrape_timeout.empty())
+        return "";
     char* end = nullptr;
     const double scrape = std::strtod(scrape_timeout.c_str(), &end);
     if (*end != '\0' || !std::isfinite(scrape) || scrape <= 0.0) {
@@ -64,19 +72,25 @@ std::string wait_seconds(const std::string& scrape_timeout, double cap, double& 
 }
 
 fleet::Reply answer(const std::vector<std::string>& targets, const std::string& scrape_timeout,
-                    const fleet::Network& network) {
-    if (targets.empty()) return refused("give the box to probe as /probe?target=ADDRESS");
-    if (targets.size() > 1) return refused("one target per probe, not " + std::to_string(targets.size()));
+                    const fleet::Network& network)
+{
+    if (targets.empty())
+        return refused("give the box to probe as /probe?target=ADDRESS");
+    if (targets.size() > 1)
+        return refused("one target per probe, not " + std::to_string(targets.size()));
     const std::string& target = targets.front();
     std::string error = check_target(target);
     double wait = 0;
-    if (error.empty()) error = wait_seconds(scrape_timeout, network.timeout, wait);
-    if (!error.empty()) return refused(error);
+    if (error.empty())
+        error = wait_seconds(scrape_timeout, network.timeout, wait);
+    if (!error.empty())
+        return refused(error);
 
     const auto began = std::chrono::steady_clock::now();
     UdpClient client;
     error = client.open();
-    if (!error.empty()) return {kNetworkFailure, error + "\n"};
+    if (!error.empty())
+        return {kNetworkFailure, error + "\n"};
     protocol::Settings settings, stats;
     bool answered = false;
     bool counted = false;
@@ -98,7 +112,8 @@ fleet::Reply answer(const std::vector<std::string>& targets, const std::string& 
         if (error.empty() && answered && !counted) {
             error = client.collect(std::min(deadline, deadline_after(kCountsGrace)), heard);
         }
-        if (!error.empty()) return {kNetworkFailure, error + "\n"};
+        if (!error.empty())
+            return {kNetworkFailure, error + "\n"};
     }
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - began;
     return {kOk, metrics::probe(answered, took.count(), settings, stats)};

@@ -8,16 +8,18 @@
 
 namespace signing {
 
-std::string read_key_file(const std::string& path, std::string& key) {
+std::string read_key_file(const std::string& path, std::string& key)
+{
     bool missing = false;
     const std::string unusable = ::read_key_file(path, key, missing);
     return unusable.empty() ? "" : "key file " + path + ": " + unusable;
 }
 
-std::uint64_t next_counter() {
+std::uint64_t next_counter()
+{
     static std::atomic<std::uint64_t> last{0};
-    const auto now = std::chrono::duration_cast<std::chrono::microseconds>(
-        std::chrono::system_clock::now().time_since_epoch());
+    const auto now =
+        std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::system_clock::now().time_since_epoch());
     std::uint64_t previous = last.load();
     std::uint64_t counter;
     do {

@@ -9,21 +9,25 @@
 namespace subnets {
 namespace {
 
-std::uint32_t host_order(const std::string& dotted_text) {
+std::uint32_t host_order(const std::string& dotted_text)
+{
     in_addr address{};
     inet_pton(AF_INET, dotted_text.c_str(), &address);
     return ntohl(address.s_addr);
 }
 
 // One "ADDRESS/PREFIX" into its first and last address to ask.
-std::string read_subnet(const std::string& text, std::uint32_t& first, std::uint32_t& last) {
+std::string read_subnet(const std::string& text, std::uint32_t& first, std::uint32_t& last)
+{
     const std::size_t slash = text.find('/');
-    if (slash == std::string::npos) return "subnet '" + text + "': expected ADDRESS/PREFIX such as 10.1.0.0/24";
+    if (slash == std::string::npos)
+        return "subnet '" + text + "': expected ADDRESS/PREFIX such as 10.1.0.0/24";
     const std::string address = text.substr(0, slash);
     const std::string prefix_text = text.substr(slash + 1);
-    if (!protocol::is_ipv4(address)) return "subnet '" + text + "': '" + address + "' is not a dotted IPv4 address";
-    if (prefix_text.empty() || prefix_text.size() > 2 || prefix_text.find_first_not_of("0123456789") != std::string::npos ||
-        std::stoi(prefix_text) > 32) {
+    if (!protocol::is_ipv4(address))
+        return "subnet '" + text + "': '" + address + "' is not a dotted IPv4 address";
+    if (prefix_text.empty() || prefix_text.size() > 2 ||
+        prefix_text.find_first_not_of("0123456789") != std::string::npos || std::stoi(prefix_text) > 32) {
         return "subnet '" + text + "': prefix '" + prefix_text + "' is not 0..32";
     }
     const int prefix = std::stoi(prefix_text);
@@ -40,7 +44,8 @@ std::string read_subnet(const std::string& text, std::uint32_t& first, std::uint
     }
     // Groups, the reserved block and "this network" hold no boxes.
     const std::uint32_t top = network >> 24;
-    if (top == 0 || top >= 224) return "subnet '" + text + "': not a unicast subnet";
+    if (top == 0 || top >= 224)
+        return "subnet '" + text + "': not a unicast subnet";
     first = prefix < 31 ? network + 1 : network;
     last = static_cast<std::uint32_t>(network + (prefix < 31 ? size - 2 : size - 1));
     return "";
@@ -48,33 +53,39 @@ std::string read_subnet(const std::string& text, std::uint32_t& first, std::uint
 
 }  // namespace
 
-std::string parse(const std::string& text, std::vector<std::uint32_t>& addresses) {
+std::string parse(const std::string& text, std::vector<std::uint32_t>& addresses)
+{
     std::vector<std::uint32_t> found;
     std::unordered_set<std::uint32_t> seen;
     std::size_t start = 0;
     for (;;) {
         const std::size_t comma = text.find(',', start);
         const std::string part = text.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
-        if (part.empty()) return "subnets '" + text + "': an empty entry in the list";
+        if (part.empty())
+            return "subnets '" + text + "': an empty entry in the list";
         std::uint32_t first = 0;
         std::uint32_t last = 0;
         const std::string error = read_subnet(part, first, last);
-        if (!error.empty()) return error;
+        if (!error.empty())
+            return error;
         for (std::uint64_t address = first; address <= last; ++address) {
-            if (seen.insert(static_cast<std::uint32_t>(address)).second) found.push_back(static_cast<std::uint32_t>(address));
+            if (seen.insert(static_cast<std::uint32_t>(address)).second)
+                found.push_back(static_cast<std::uint32_t>(address));
         }
         if (found.size() > kMaxAddresses) {
             return "subnets '" + text + "': more than " + std::to_string(kMaxAddresses) +
                    " addresses together; at most that many can be asked in one round";
         }
-        if (comma == std::string::npos) break;
+        if (comma == std::string::npos)
+            break;
         start = comma + 1;
     }
     addresses = std::move(found);
     return "";
 }
 
-std::string dotted(std::uint32_t address) {
+std::string dotted(std::uint32_t address)
+{
     in_addr raw{};
     raw.s_addr = htonl(address);
     char text[INET_ADDRSTRLEN] = "";

@@ -11,8 +11,8 @@ struct LedName {
 };
 
 const LedName kLeds[] = {
-    {"kLed_pwr_gpio", "pwr"},     {"kLed_eth_gpio", "eth"},       {"kLed_cpu_gpio", "cpu"},
-    {"kLed_hdmi_gpio", "video"},  {"kLed_eth_onboard", "eth"},    {"kLed_cpu_onboard", "cpu"},
+    {"kLed_pwr_gpio", "pwr"},       {"kLed_eth_gpio", "eth"},    {"kLed_cpu_gpio", "cpu"},
+    {"kLed_hdmi_gpio", "video"},    {"kLed_eth_onboard", "eth"}, {"kLed_cpu_onboard", "cpu"},
     {"kLed_hdmi_onboard", "video"},
 };
 
