@@ -2,6 +2,7 @@
 // (root folder, working directory, tool path) and then runs the daemon's
 // own start-up sequence unchanged.
 #include <errno.h>
+#include <getopt.h>
 #include <limits.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -108,31 +109,51 @@ int main(int argc, char** argv)
     std::string trace;
     std::string vcd;
     int switch_level = 1;
-    for (int i = 1; i < argc; ++i) {
-        std::string arg = argv[i];
-        if (arg == "--help" || arg == "-h") {
-            usage(stdout);
-            return 0;
-        } else if (arg == "--root" && i + 1 < argc) {
-            root = argv[++i];
-        } else if (arg == "--out" && i + 1 < argc) {
-            out = argv[++i];
-        } else if (arg == "--switch") {
-            const std::string level = i + 1 < argc ? argv[++i] : "";
-            if (level != "0" && level != "1") {
-                fprintf(stderr, "oledd-sim: --switch takes 0 or 1, not '%s'\n", level.c_str());
+    static const option kOptions[] = {
+        {"help", no_argument, nullptr, 'h'},
+        {"root", required_argument, nullptr, 'r'},
+        {"out", required_argument, nullptr, 'o'},
+        {"switch", required_argument, nullptr, 's'},
+        {"trace", required_argument, nullptr, 't'},
+        {"vcd", required_argument, nullptr, 'v'},
+        {nullptr, 0, nullptr, 0},
+    };
+    opterr = 0;  // the reasons below are ours
+    for (int given; (given = getopt_long(argc, argv, ":h", kOptions, nullptr)) != -1;) {
+        const std::string value = optarg != nullptr ? optarg : "";
+        switch (given) {
+            case 'h':
+                usage(stdout);
+                return 0;
+            case 'r':
+                root = value;
+                break;
+            case 'o':
+                out = value;
+                break;
+            case 's':
+                if (value != "0" && value != "1") {
+                    fprintf(stderr, "oledd-sim: --switch takes 0 or 1, not '%s'\n", value.c_str());
+                    return 2;
+                }
+                switch_level = value[0] - '0';
+                break;
+            case 't':
+                trace = value;
+                break;
+            case 'v':
+                vcd = value;
+                break;
+            default:
+                fprintf(stderr, "oledd-sim: unknown or incomplete option '%s'\n", argv[optind - 1]);
+                usage(stderr);
                 return 2;
-            }
-            switch_level = level[0] - '0';
-        } else if (arg == "--trace" && i + 1 < argc) {
-            trace = argv[++i];
-        } else if (arg == "--vcd" && i + 1 < argc) {
-            vcd = argv[++i];
-        } else {
-            fprintf(stderr, "oledd-sim: unknown or incomplete option '%s'\n", arg.c_str());
-            usage(stderr);
-            return 2;
         }
+    }
+    if (optind < argc) {
+        fprintf(stderr, "oledd-sim: unexpected argument '%s'\n", argv[optind]);
+        usage(stderr);
+        return 2;
     }
     if (root.empty()) {
         fprintf(stderr, "oledd-sim: --root DIR is required\n");

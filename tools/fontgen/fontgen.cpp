@@ -4,6 +4,7 @@
 #include <ft2build.h>
 #include FT_FREETYPE_H
 
+#include <getopt.h>
 #include <stdio.h>
 #include <string.h>
 
@@ -320,22 +321,34 @@ void write_tables(FILE* out, const Fonts& fonts)
 int main(int argc, char** argv)
 {
     Options options;
-    for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
-        if (arg == "--help" || arg == "-h") {
+    static const option kOptions[] = {
+        {"help", no_argument, nullptr, 'h'},
+        {"fonts", required_argument, nullptr, 'f'},
+        {"out", required_argument, nullptr, 'o'},
+        {"preview", no_argument, nullptr, 'p'},
+        {nullptr, 0, nullptr, 0},
+    };
+    opterr = 0;  // the reason below is ours
+    for (int given; (given = getopt_long(argc, argv, ":h", kOptions, nullptr)) != -1;) {
+        if (given == 'h') {
             usage(stdout);
             return 0;
-        } else if (arg == "--fonts" && i + 1 < argc) {
-            options.folder = argv[++i];
-        } else if (arg == "--out" && i + 1 < argc) {
-            options.out = argv[++i];
-        } else if (arg == "--preview") {
+        } else if (given == 'f') {
+            options.folder = optarg;
+        } else if (given == 'o') {
+            options.out = optarg;
+        } else if (given == 'p') {
             options.preview = true;
         } else {
-            fprintf(stderr, "fontgen: unknown or incomplete option '%s'\n", arg.c_str());
+            fprintf(stderr, "fontgen: unknown or incomplete option '%s'\n", argv[optind - 1]);
             usage(stderr);
             return 2;
         }
+    }
+    if (optind < argc) {
+        fprintf(stderr, "fontgen: unknown or incomplete option '%s'\n", argv[optind]);
+        usage(stderr);
+        return 2;
     }
     Fonts fonts;
     if (!render_all(options.folder, fonts)) {

@@ -1,6 +1,8 @@
 // oled-logo: makes the big panel's logo.bin from a PNG and shows a
 // logo.bin as a PNG again.
 
+#include <getopt.h>
+
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -75,19 +77,24 @@ int main(int argc, char** argv)
 {
     std::vector<std::string> words;
     bool dither = false;
-    for (int i = 1; i < argc; ++i) {
-        const std::string word = argv[i];
-        if (word == "--help" || word == "-h") {
+    static const option kOptions[] = {
+        {"help", no_argument, nullptr, 'h'}, {"dither", no_argument, nullptr, 'd'}, {nullptr, 0, nullptr, 0}};
+    opterr = 0;  // the reason below is ours
+    // "-": the verb and the files come back in their order.
+    for (int given; (given = getopt_long(argc, argv, "-h", kOptions, nullptr)) != -1;) {
+        if (given == 'h') {
             usage();
             return 0;
         }
-        if (word == "--dither") {
+        if (given == 'd') {
             dither = true;
-        } else if (word.size() > 1 && word[0] == '-') {
-            std::fprintf(stderr, "oled-logo: unknown option %s (oled-logo --help)\n", word.c_str());
-            return 2;
+        } else if (given == 1) {
+            words.push_back(optarg);
         } else {
-            words.push_back(word);
+            const std::string word = argv[optind - 1];
+            std::fprintf(stderr, "oled-logo: unknown option %s (oled-logo --help)\n",
+                         word.substr(0, word.find('=')).c_str());
+            return 2;
         }
     }
     if (words.size() == 3 && words[0] == "to-bin")

@@ -1,4 +1,5 @@
 // pgmview: shows the simulated panel (panel.pgm) in a terminal.
+#include <getopt.h>
 #include <stdio.h>
 #include <sys/stat.h>
 #include <time.h>
@@ -84,25 +85,40 @@ int main(int argc, char** argv)
     bool plain = false;
     std::string path;
     std::string leds;
-    for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
-        if (arg == "--help" || arg == "-h") {
-            usage(stdout);
-            return 0;
-        } else if (arg == "--follow") {
-            follow = true;
-        } else if (arg == "--plain") {
-            plain = true;
-        } else if (arg == "--leds" && i + 1 < argc) {
-            leds = argv[++i];
-        } else if (!arg.empty() && arg[0] != '-' && path.empty()) {
-            path = arg;
-        } else {
-            fprintf(stderr, "pgmview: unknown option or extra argument '%s'\n", arg.c_str());
-            usage(stderr);
-            return 2;
+    static const option kOptions[] = {
+        {"help", no_argument, nullptr, 'h'},
+        {"follow", no_argument, nullptr, 'f'},
+        {"plain", no_argument, nullptr, 'p'},
+        {"leds", required_argument, nullptr, 'l'},
+        {nullptr, 0, nullptr, 0},
+    };
+    opterr = 0;  // the reasons below are ours
+    for (int given; (given = getopt_long(argc, argv, ":h", kOptions, nullptr)) != -1;) {
+        switch (given) {
+            case 'h':
+                usage(stdout);
+                return 0;
+            case 'f':
+                follow = true;
+                break;
+            case 'p':
+                plain = true;
+                break;
+            case 'l':
+                leds = optarg;
+                break;
+            default:
+                fprintf(stderr, "pgmview: unknown option or extra argument '%s'\n", argv[optind - 1]);
+                usage(stderr);
+                return 2;
         }
     }
+    if (optind + 1 < argc) {
+        fprintf(stderr, "pgmview: unknown option or extra argument '%s'\n", argv[optind + 1]);
+        usage(stderr);
+        return 2;
+    }
+    path = optind < argc ? argv[optind] : "";
     if (path.empty()) {
         fprintf(stderr, "pgmview: no file given\n");
         usage(stderr);
