@@ -34,7 +34,7 @@ TEST_F(BigPanel, InitResetsAndSendsTheSequenceAsCommands)
     take();
 
     oled_.InitOLED_big();
-    EXPECT_TRUE(take() == commands("AE D5 90 A8 3F D3 00 B0 00 40 30 AD 80 A0 C0 81 38 D9 76 DB 3B DC 1A A4 A6"));
+    EXPECT_EQ(take(), commands("AE D5 90 A8 3F D3 00 B0 00 40 30 AD 80 A0 C0 81 38 D9 76 DB 3B DC 1A A4 A6"));
     EXPECT_FALSE(panel_->display_on());
 }
 

@@ -66,7 +66,7 @@ TEST_F(SmallPanel, EveryKindSendsItsStartUpSequenceOnItsBus)
         CaptureStdout out;
         oled_.InitOLED();
         EXPECT_EQ(kind.name, out.text());
-        EXPECT_TRUE(take() == *kind.stream);
+        EXPECT_EQ(take(), *kind.stream);
         EXPECT_TRUE(panel_->display_on());
         EXPECT_EQ(kind.rows, panel_->visible_rows());
     }
@@ -96,14 +96,14 @@ TEST_F(SmallPanel, ClearBlanksThePagesAskedAndTheTextBuffer)
     EXPECT_TRUE(take().empty());
     EXPECT_EQ(0, oled_buf[0] | oled_buf[319]);
     oled_.ShowOLEDClear(6, 8);
-    EXPECT_TRUE(take() == blank(6, 8));
+    EXPECT_EQ(take(), blank(6, 8));
 }
 
 TEST_F(SmallPanel, OlderAddressingShiftsThePageByFive)
 {
     wire(4);
     oled_.SetOLEDAddr(0x25, 4);
-    EXPECT_TRUE(take() == commands("B1 05 12"));
+    EXPECT_EQ(take(), commands("B1 05 12"));
 }
 
 }  // namespace
