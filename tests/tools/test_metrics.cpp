@@ -34,8 +34,14 @@ TEST(Metrics, SilentBoxesKeepOnlyUpAndLastAnswer)
                              {"OLed_a_led_start", "2"},
                              {"OLed_a_ai", "x"}},
                             1700000000,
-                            true};
-    fleet::BoxState silent{"10.0.0.6", {{"OLed_a_sleep_tim", "3"}}, 1600000000, false};
+                            true,
+                            // Its counts: only digits reach the exposition.
+                            {{"datagrams_refused_wrong_mac", "2"},
+                             {"datagrams_refused_not_signed", "5"},
+                             {"replies_held_whole_box", "1e9"}}};
+    // A silent box's counts are as stale as its settings.
+    fleet::BoxState silent{
+        "10.0.0.6", {{"OLed_a_sleep_tim", "3"}}, 1600000000, false, {{"datagrams_refused_not_signed", "9"}}};
     EXPECT_EQ(samples(metrics::exposition({silent, talking})),
               "oled_box_up{address=\"10.0.0.6\"} 0\n"
               "oled_box_up{address=\"10.1.0.5\"} 1\n"
@@ -45,7 +51,9 @@ TEST(Metrics, SilentBoxesKeepOnlyUpAndLastAnswer)
               "oled_box_sleep_seconds{address=\"10.1.0.5\"} 7\n"
               "oled_box_led_on{address=\"10.1.0.5\"} 1\n"
               "oled_box_page_enabled{address=\"10.1.0.5\",page=\"cpu\"} 1\n"
-              "oled_box_page_enabled{address=\"10.1.0.5\",page=\"vi\"} 0\n");
+              "oled_box_page_enabled{address=\"10.1.0.5\",page=\"vi\"} 0\n"
+              "oled_box_datagrams_refused_total{address=\"10.1.0.5\",reason=\"not_signed\"} 5\n"
+              "oled_box_datagrams_refused_total{address=\"10.1.0.5\",reason=\"wrong_mac\"} 2\n");
 }
 
 TEST(Metrics, ProbeShowsTheBoxWithoutItsAddress)

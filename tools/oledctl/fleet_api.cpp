@@ -45,7 +45,13 @@ Json box_json(const BoxState& box)
     json["panel"] =
         box.settings.empty() ? Json(nullptr) : Json(settings_view::panel_name(settings_view::as_utf8(type)));
     json["settings"] = settings_view::json_of(box.settings);
-    json["refusals"] = box.refusals >= 0 ? Json(box.refusals) : Json(nullptr);
+    // Datagrams the box refused since it started; null: it keeps no counts.
+    long long refusals = 0;
+    for (const auto& count : box.counts) {
+        if (count.first.compare(0, 18, "datagrams_refused_") == 0)
+            refusals += std::strtoll(count.second.c_str(), nullptr, 10);
+    }
+    json["refusals"] = box.counts.empty() ? Json(nullptr) : Json(refusals);
     return json;
 }
 
@@ -151,15 +157,7 @@ std::string Api::round()
             roster_.answered(address, settings, std::time(nullptr));
             answered.push_back(address);
         },
-        [&](const std::string& address, const protocol::Settings& counts) {
-            long long refusals = 0;
-            for (const auto& count : counts) {
-                if (count.first.compare(0, 18, "datagrams_refused_") == 0) {
-                    refusals += std::strtoll(count.second.c_str(), nullptr, 10);
-                }
-            }
-            roster_.counted(address, refusals);
-        });
+        [&](const std::string& address, const protocol::Settings& counts) { roster_.counted(address, counts); });
     if (error.empty())
         roster_.silent_except(answered);
     return error;

@@ -71,12 +71,12 @@ bool Roster::find(const std::string& address, BoxState& box) const
     return true;
 }
 
-void Roster::counted(const std::string& address, long long refusals)
+void Roster::counted(const std::string& address, const protocol::Settings& counts)
 {
     std::lock_guard<std::mutex> lock(mutex_);
     const auto box = boxes_.find(order(address));
     if (box != boxes_.end())
-        box->second.refusals = refusals;
+        box->second.counts = settings_view::kept(counts);
 }
 
 std::vector<BoxState> Roster::boxes() const

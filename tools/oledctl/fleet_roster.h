@@ -17,7 +17,7 @@ struct BoxState {
     protocol::Settings settings;  // as the box last sent them
     std::time_t last_answer = 0;
     bool answering = false;
-    long long refusals = -1;  // datagrams refused since the box started; -1: it keeps no counts
+    protocol::Settings counts;  // the box's last counts ("replystats"); none: it keeps none
 };
 
 // Every box the page has heard from. A box that stops answering stays,
@@ -34,8 +34,8 @@ public:
     void answered(const std::string& address, const protocol::Settings& settings, std::time_t now);
     // Asked and got no answer; unknown boxes are not added.
     void silent(const std::string& address);
-    // The box's count of refused datagrams, from its last counts.
-    void counted(const std::string& address, long long refusals);
+    // The box's counts as it last sent them.
+    void counted(const std::string& address, const protocol::Settings& counts);
     // After a question to every box: those known but not among the
     // answering addresses turn silent.
     void silent_except(const std::vector<std::string>& answering);

@@ -118,28 +118,6 @@ std::string label_value(const std::string& text)
     return out;
 }
 
-std::string exposition(const std::vector<fleet::BoxState>& boxes)
-{
-    std::vector<Shown> known;
-    std::vector<Shown> answering;
-    for (const fleet::BoxState& box : boxes) {
-        known.push_back({address_label(box), &box.settings});
-        if (box.answering)
-            answering.push_back(known.back());
-    }
-    std::string out;
-    head(out, "oled_box_up", "1 when the box answered this round, 0 when it answered an earlier one only.");
-    for (std::size_t i = 0; i < boxes.size(); ++i)
-        line(out, "oled_box_up", labels(known[i].own), boxes[i].answering);
-    head(out, "oled_box_last_answer_timestamp_seconds", "When the box last answered, in Unix seconds.");
-    for (std::size_t i = 0; i < boxes.size(); ++i) {
-        line(out, "oled_box_last_answer_timestamp_seconds", labels(known[i].own),
-             static_cast<long>(boxes[i].last_answer));
-    }
-    settings_families(out, answering);
-    return out;
-}
-
 namespace {
 
 // The box's counts as series: key in its reply, family, label.
@@ -180,25 +158,30 @@ const char* stat_help(const std::string& family)
 }
 
 // Only digits are taken from a box's answer: a forged one cannot reach
-// the exposition with anything else.
-void stats_families(std::string& out, const protocol::Settings& stats)
+// the exposition with anything else. A family without a sample is left
+// out (boxes that keep no counts).
+void stats_families(std::string& out, const std::vector<Shown>& boxes)
 {
-    std::string last;
-    for (const StatSeries& series : kStatSeries) {
-        for (const auto& item : stats) {
-            if (item.first != series.key || item.second.empty() || item.second.size() > 20 ||
-                item.second.find_first_not_of("0123456789") != std::string::npos) {
-                continue;
+    for (std::size_t first = 0; first < sizeof kStatSeries / sizeof kStatSeries[0];) {
+        const std::string family = kStatSeries[first].family;
+        std::string samples;
+        std::size_t next = first;
+        for (; next < sizeof kStatSeries / sizeof kStatSeries[0] && family == kStatSeries[next].family; ++next) {
+            for (const Shown& box : boxes) {
+                for (const auto& item : *box.settings) {
+                    if (item.first == kStatSeries[next].key && !item.second.empty() && item.second.size() <= 20 &&
+                        item.second.find_first_not_of("0123456789") == std::string::npos) {
+                        samples += family + labels(box.own, kStatSeries[next].label) + " " + item.second + "\n";
+                    }
+                }
             }
-            if (series.family != last) {
-                last = series.family;
-                const bool gauge = last == "oled_box_start_time_seconds";
-                out +=
-                    "# HELP " + last + " " + stat_help(last) + "\n# TYPE " + last + (gauge ? " gauge\n" : " counter\n");
-            }
-            out +=
-                last + (*series.label != '\0' ? "{" + std::string(series.label) + "}" : "") + " " + item.second + "\n";
         }
+        if (!samples.empty()) {
+            const bool gauge = family == "oled_box_start_time_seconds";
+            out += "# HELP " + family + " " + stat_help(family) + "\n# TYPE " + family +
+                   (gauge ? " gauge\n" : " counter\n") + samples;
+        }
+        first = next;
     }
 }
 
@@ -216,7 +199,35 @@ std::string probe(bool answered, double seconds, const protocol::Settings& setti
     if (answered)
         settings_families(out, {{"", &settings}});
     if (answered)
-        stats_families(out, stats);
+        stats_families(out, {{"", &stats}});
+    return out;
+}
+
+std::string exposition(const std::vector<fleet::BoxState>& boxes)
+{
+    std::vector<Shown> known;
+    std::vector<Shown> answering;
+    for (const fleet::BoxState& box : boxes) {
+        known.push_back({address_label(box), &box.settings});
+        if (box.answering)
+            answering.push_back(known.back());
+    }
+    std::string out;
+    head(out, "oled_box_up", "1 when the box answered this round, 0 when it answered an earlier one only.");
+    for (std::size_t i = 0; i < boxes.size(); ++i)
+        line(out, "oled_box_up", labels(known[i].own), boxes[i].answering);
+    head(out, "oled_box_last_answer_timestamp_seconds", "When the box last answered, in Unix seconds.");
+    for (std::size_t i = 0; i < boxes.size(); ++i) {
+        line(out, "oled_box_last_answer_timestamp_seconds", labels(known[i].own),
+             static_cast<long>(boxes[i].last_answer));
+    }
+    settings_families(out, answering);
+    std::vector<Shown> counted;
+    for (const fleet::BoxState& box : boxes) {
+        if (box.answering && !box.counts.empty())
+            counted.push_back({address_label(box), &box.counts});
+    }
+    stats_families(out, counted);
     return out;
 }
 
