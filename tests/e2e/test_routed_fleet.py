@@ -102,6 +102,18 @@ class RoutedSubnets(OperatorSegment):
                          (400, "target '224.168.1.1': a multicast group; a probe asks one box\n"))
         self.assertIn('oled_box_up{address="10.0.0.5"} 1\n', self.get("/metrics")[1])
 
+        # What a box refused reaches Prometheus through its probe, and the
+        # alert on it holds for that box alone.
+        with open(os.path.join(DOCS, "oled-alerts.yml")) as f:
+            refusing = next(r for r in yaml.safe_load(f)["groups"][0]["rules"] if r["alert"] == "OledBoxRefusing")
+        sock = self.netns.udp_socket()
+        for _ in range(3):
+            sock.sendto(b"bogus=1|replyoled=127.0.0.1:9", ("10.0.0.5", 16124))
+        sock.close()
+        eventually(lambda: values('oled_box_items_refused_total{reason="unknown_key"}').get("10.0.0.5") == "3"
+                   and sorted(values(refusing["expr"])) == ["10.0.0.5"], 20,
+                   lambda: "the refusals of 10.0.0.5; got %r" % values(refusing["expr"]), every=0.5)
+
         # A box falls silent while oledctl serve is down; the new one knows
         # nothing of it, but the inventory does.
         server.kill()
