@@ -9,8 +9,8 @@ I2C = ("i2c:scl=SCL:sda=SDA", "i2c=start:stop:ack:nack:address-read:address-writ
 # The data/command line is read beside the data as a second data line: all
 # ones for display data, all zeros for a command.
 SPI = ("spi:clk=SCLK:mosi=SDIN:miso=DC:cs=CS", "spi=mosi-transfer:miso-transfer:warnings")
-# One two-wire transaction as the panel takes it; None is any byte.
-TRANSACTION = ["Start", "Address write: 3C", "ACK", None, "ACK", None, "ACK", "Stop"]
+# How a two-wire transaction to the panel begins.
+TRANSACTION = ["Start", "Address write: 3C", "ACK"]
 
 
 def annotations(vcd, decoder):
@@ -30,23 +30,33 @@ def annotations(vcd, decoder):
 
 
 def bus_bytes(vcd, four_wire):
-    """[(begin us, is data, byte)], one per transaction (two wires) or per
-    chip-select frame (four wires). A transaction or frame of any other
+    """[(begin us, is data, [bytes])], one per transaction (two wires) or
+    per chip-select frame (four wires). A transaction or frame of any other
     form is a ValueError naming it, but for a last one that the end of the
     recording cut short."""
     if four_wire:
         return _frames(vcd)
-    found = []
-    marks = [a for a in annotations(vcd, I2C) if a[3] not in ("Write", "Read")]
-    for at in range(0, len(marks), len(TRANSACTION)):
-        texts = [m[3] for m in marks[at:at + len(TRANSACTION)]]
-        fits = all(t == want if want else t.startswith("Data write: ") for t, want in zip(texts, TRANSACTION))
-        if fits and len(texts) < len(TRANSACTION):
-            break  # the last, cut short (only the last can be short)
-        if not fits or texts[3][-2:] not in ("00", "40"):
-            raise ValueError("transaction at %d us: %s" % (marks[at][0], " | ".join(texts)))
-        found.append((marks[at][0], texts[3][-2:] == "40", int(texts[5][-2:], 16)))
+    found, texts = [], []
+    for mark in (a for a in annotations(vcd, I2C) if a[3] not in ("Write", "Read")):
+        if not texts:
+            begin = mark[0]
+        texts.append(mark[3])
+        if mark[3] == "Stop":
+            found.append(_transaction(begin, texts))
+            texts = []
     return found
+
+
+def _transaction(begin, texts):
+    """Start, address 3C, a control byte (00 commands, 40 data), the bytes
+    under it, stop; every byte acknowledged."""
+    bytes_ = [t[len("Data write: "):] for t in texts[3:-1:2]]
+    fits = (texts[:3] == TRANSACTION[:3] and len(texts) >= 8 and len(texts) % 2 == 0
+            and all(t == "ACK" for t in texts[4:-1:2]) and all(b == t[-2:] for b, t in zip(bytes_, texts[3:-1:2]))
+            and all(t.startswith("Data write: ") for t in texts[3:-1:2]) and bytes_[0] in ("00", "40"))
+    if not fits:
+        raise ValueError("transaction at %d us: %s" % (begin, " | ".join(texts)))
+    return (begin, bytes_[0] == "40", [int(b, 16) for b in bytes_[1:]])
 
 
 def _frames(vcd):
@@ -55,9 +65,10 @@ def _frames(vcd):
         rows.setdefault(row, []).append((begin, text))
     found = []
     for (begin, data), (_, command) in zip(rows.get("MOSI transfer", []), rows.get("MISO transfer", [])):
-        if len(data.split()) != 1 or command not in ("00", "FF"):
+        levels = set(command.split())
+        if len(levels) != 1 or levels - {"00", "FF"}:
             raise ValueError("frame at %d us: %s, data/command %s" % (begin, data, command))
-        found.append((begin, command == "FF", int(data, 16)))
+        found.append((begin, levels == {"FF"}, [int(b, 16) for b in data.split()]))
     return found
 
 

@@ -4,6 +4,7 @@
 #include <errno.h>
 #include <getopt.h>
 #include <limits.h>
+#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -11,6 +12,7 @@
 #include <unistd.h>
 
 #include <string>
+#include <thread>
 
 #include "box_root.h"
 #include "box_settings.h"
@@ -51,7 +53,9 @@ void usage(FILE* to)
             "               Dump (PulseView, GTKWave): 1 us per register write\n"
             "  --help       this text\n"
             "\n"
-            "Relative paths are taken from the folder oledd-sim is started in.\n");
+            "Relative paths are taken from the folder oledd-sim is started in.\n"
+            "SIGUSR1 fills the panel's memory with noise, as a brown-out does; the\n"
+            "daemon sends its whole screen again within a minute.\n");
 }
 
 bool make_folders(const std::string& path)
@@ -98,6 +102,25 @@ FILE* open_output_file(const std::string& path, const char* what)
         fprintf(stderr, "oledd-sim: cannot write %s %s: %s\n", what, path.c_str(), strerror(errno));
     }
     return file;
+}
+
+// SIGUSR1 is blocked in every thread (the daemon's threads inherit the
+// mask) and taken here, where locking the panel is allowed.
+void scramble_on_signal(const std::shared_ptr<PanelController>& panel)
+{
+    sigset_t usr1;
+    sigemptyset(&usr1);
+    sigaddset(&usr1, SIGUSR1);
+    pthread_sigmask(SIG_BLOCK, &usr1, nullptr);
+    std::thread([panel, usr1] {
+        for (uint32_t seed = 1;; ++seed) {
+            int taken = 0;
+            if (sigwait(&usr1, &taken) == 0 && panel != nullptr) {
+                panel->scramble(seed);
+                fprintf(stderr, "oledd-sim: panel memory scrambled\n");
+            }
+        }
+    }).detach();
 }
 
 }  // namespace
@@ -197,7 +220,7 @@ int main(int argc, char** argv)
         OutputFiles::instance().set_folder(out);
     }
     const BoxSettings box = read_box_settings();
-    wire_panel_outputs(box);
+    scramble_on_signal(wire_panel_outputs(box));
     wire_led_board(box, switch_level);
     if (vcd_file != nullptr) {
         record_box_waveform(box, vcd_file, vcd);

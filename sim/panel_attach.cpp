@@ -85,10 +85,11 @@ std::shared_ptr<PanelController> attach_panel(const BoxSettings& box, PanelByteS
     }
     if (wiring->four_wire) {
         std::make_shared<FourWireDecoder>(sink)->attach(pins[0].pin, pins[1].pin, pins[2].pin, pins[3].pin);
-        // Reset is active low; the panel sits in reset until the driver
-        // first raises the line.
+        // Reset is active low; a line low since power-up counts as the
+        // pulse's first half.
         const SimPin reset = pins[4].pin;
         SimSoc& soc = SimSoc::instance();
+        panel->await_reset_pulse();
         panel->hold_in_reset(soc.level(reset.group, reset.bit) == 0);
         soc.watch(reset.group, reset.bit, [panel](int, int, int level) { panel->hold_in_reset(level == 0); });
     } else {

@@ -25,7 +25,7 @@ const int kLines[] = {8, 64};
 }  // namespace
 
 PanelController::PanelController(Model model)
-    : model_(model), ram_(static_cast<size_t>(kLines[model] * kLineBytes), 0), in_reset_(false)
+    : model_(model), ram_(static_cast<size_t>(kLines[model] * kLineBytes), 0), reset_(kRunning)
 {
     reset_registers();
 }
@@ -61,7 +61,7 @@ int PanelController::argument_count(uint8_t command) const
 void PanelController::write(bool data, uint8_t byte)
 {
     std::lock_guard<std::mutex> lock(mutex_);
-    if (in_reset_) {
+    if (reset_ != kRunning) {
         return;
     }
     if (data) {
@@ -110,10 +110,28 @@ void PanelController::apply(uint8_t command, const uint8_t* args)
 void PanelController::hold_in_reset(bool held)
 {
     std::lock_guard<std::mutex> lock(mutex_);
-    if (in_reset_ && !held) {
+    if (held) {
+        reset_ = kHeld;
+    } else if (reset_ == kHeld) {
         reset_registers();
+        reset_ = kRunning;
     }
-    in_reset_ = held;
+}
+
+void PanelController::await_reset_pulse()
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    reset_ = kAwaitingPulse;
+}
+
+void PanelController::scramble(uint32_t seed)
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    uint32_t state = seed | 1;
+    for (uint8_t& byte : ram_) {
+        state = state * 1664525u + 1013904223u;
+        byte = static_cast<uint8_t>(state >> 24);
+    }
 }
 
 std::vector<uint8_t> PanelController::pixels() const

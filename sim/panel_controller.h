@@ -27,6 +27,12 @@ public:
     // The reset line: while held the controller ignores its bus; releasing
     // it returns the registers (not the RAM) to their power-on values.
     void hold_in_reset(bool held);
+    // Powered up with a reset line, as the datasheets have it: the bus is
+    // ignored until the line has been low and then high again.
+    void await_reset_pulse();
+    // Fills the RAM with noise, as a brown-out or a static discharge
+    // leaves it; the registers stay.
+    void scramble(uint32_t seed);
 
     Model model() const { return model_; }
     int width() const;
@@ -52,7 +58,8 @@ private:
     int column_;
     int mux_rows_;
     bool on_;
-    bool in_reset_;
+    enum Reset { kRunning, kHeld, kAwaitingPulse };
+    Reset reset_;
     uint8_t pending_command_;
     int pending_total_;
     int pending_got_;

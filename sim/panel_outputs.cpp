@@ -21,7 +21,7 @@ int png_scale(const PanelController& panel)
 }  // namespace
 #endif
 
-void wire_panel_outputs(const BoxSettings& box)
+std::shared_ptr<PanelController> wire_panel_outputs(const BoxSettings& box)
 {
     const PanelWiring* wiring = panel_wiring_for(str2int(box.get(SoftwareConfig::OLed_a_kind_start)));
     OutputFiles& files = OutputFiles::instance();
@@ -34,11 +34,11 @@ void wire_panel_outputs(const BoxSettings& box)
         }
     });
     if (wiring == nullptr) {
-        return;  // a box without a screen
+        return nullptr;  // a box without a screen
     }
     if (panel == nullptr) {
         fprintf(stderr, "oledd-sim: no %s wired: a pin of the panel is not set\n", wiring->name);
-        return;
+        return nullptr;
     }
     ids->push_back(files.add("panel.pgm", [panel]() { return panel_pgm(*panel); }));
 #ifdef OLEDD_SIM_PNG
@@ -48,4 +48,5 @@ void wire_panel_outputs(const BoxSettings& box)
     for (int id : *ids) {
         files.mark_dirty(id);
     }
+    return panel;
 }

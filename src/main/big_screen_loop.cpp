@@ -34,13 +34,11 @@ const unsigned char kBandTop = 45;
 // waits briefly instead of going round at once.
 bool g_busy = false;
 
-void hold()
+void hold(OLEDBaMaster& big)
 {
     const int seconds = oled_sleep_time;  // once: the control server may change it
-    if (seconds > 0) {
-        sleep(static_cast<unsigned int>(seconds));
-        g_busy = true;
-    }
+    hold_screen(seconds, [&big] { big.ShowFrame_big(); });
+    g_busy = g_busy || seconds > 0;
 }
 
 void show_in_band(OLEDBaMaster& big, const std::string& text)
@@ -49,7 +47,7 @@ void show_in_band(OLEDBaMaster& big, const std::string& text)
     big.ShowOLEDFill_big(0, kBandTop, 240, 23, 0);
     big.ShowOLEDSmallString(2, kBandTop, reinterpret_cast<unsigned char*>(const_cast<char*>(text.c_str())),
                             static_cast<unsigned char>(text.size() > 255 ? 255 : text.size()));
-    hold();
+    hold(big);
 }
 
 void show_line(OLEDBaMaster& big, const StatusLine& line)
@@ -82,6 +80,7 @@ void* oled_big_loop(void*)
     std::shared_ptr<OLEDBaMaster> big = Singleton<OLEDBaMaster>::instance();
     big->InitOLED_big();
     big->ShowOLEDFill_big(0, 0, 256, 64, 0);
+    big->ShowFrame_big();
     big->WriteCmdOLED(0xAF);
     sleep(8);
     if (oled_display_logo) {
@@ -95,12 +94,13 @@ void* oled_big_loop(void*)
             show_in_band(*big, custom_text());
         } else if (!(oled_display_cpu || oled_display_vi || oled_display_ai || oled_display_venc ||
                      oled_display_ethspeed || oled_display_time)) {
-            hold();  // the temperature switch is not part of this test, as on the box
+            hold(*big);  // the temperature switch is not part of this test, as on the box
         }
         for (const StatusLine& line : kBandLines) {
             show_line(*big, line);
         }
         if (!g_busy) {
+            big->ShowFrame_big();
             usleep(kIdlePassMicroseconds);
         }
     }

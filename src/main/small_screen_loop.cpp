@@ -87,10 +87,8 @@ private:
 void SmallScreen::hold()
 {
     const int seconds = oled_sleep_time;  // once: the control server may change it
-    if (seconds > 0) {
-        sleep(static_cast<unsigned int>(seconds));
-        busy_ = true;
-    }
+    hold_screen(seconds, [this] { oled_->ShowFrame(); });
+    busy_ = busy_ || seconds > 0;
 }
 
 void SmallScreen::show_address()
@@ -210,6 +208,7 @@ void SmallScreen::pass()
         old_panel ? one_line_per_screen(kFromTop) : two_lines_per_screen();
     }
     if (!busy_) {
+        oled_->ShowFrame();
         usleep(kIdlePassMicroseconds);
     }
 }
@@ -234,6 +233,7 @@ void* oled_small_loop(void*)
     }
     puts("oled_small_loop end");
     oled->ShowOLEDClear(0, 8);
+    oled->ShowFrame();
     oled->WriteByteOLED(0xAE, 0x00);
     return nullptr;
 }

@@ -26,23 +26,30 @@ unsigned char band_level(int i)
 void OLEDBaMaster::Show_Logo()
 {
     ShowOLEDFill_big(0, 0, 256, kRows, 0);
+    ShowFrame_big();
     sleep(1);
+    SweepLogo();
+    ShowOLEDFillPic_big(0, 0, 256, kRows, oled_logo);
+    ShowFrame_big();
+}
+
+void OLEDBaMaster::SweepLogo()
+{
     for (int step = kFirstStep; step <= kLastStep; ++step) {
         const int column = step - kFirstStep;
         for (int row = 0; row < kRows; ++row) {
-            SetOLEDAddr_big(static_cast<unsigned char>(column), static_cast<unsigned char>(row));
-            drive_dc(true);
+            position(static_cast<unsigned char>(column), static_cast<unsigned char>(row));
             for (int i = 0; i < kBandBytes; ++i) {
                 const unsigned char logo = oled_logo[row * kRowBytes + column + i];
                 const unsigned char level = band_level(i);
                 const unsigned char high = (logo & 0xF0) != 0 ? static_cast<unsigned char>(level << 4) : 0;
                 const unsigned char low = (logo & 0x0F) != 0 ? level : 0;
-                SendByte(static_cast<unsigned char>(high | low));
+                put(static_cast<unsigned char>(high | low));
             }
         }
+        ShowFrame_big();
         Delayms(6);
     }
-    ShowOLEDFillPic_big(0, 0, 256, kRows, oled_logo);
 }
 
 void OLEDBaMaster::big_oled_show_logo()
@@ -70,6 +77,7 @@ void OLEDBaMaster::big_oled_show_logo()
     }
     Show_Logo();
     ShowOLEDFill_big(0, 0, 256, kRows, 0);
+    ShowFrame_big();
     sleep(1);
     fclose(file);
 }

@@ -26,6 +26,14 @@ const int kDigitRows = 27;
 const int kDigitRowBytes = 8;
 const int kSmallRows = 13;
 const int kSmallRowBytes = 4;
+const int kRows = 64;
+const int kRowBytes = 128;
+
+#ifdef OLEDD_LITERAL_PANEL
+const bool kLiteralPanel = true;
+#else
+const bool kLiteralPanel = false;
+#endif
 
 int big_glyph_index(unsigned char c)
 {
@@ -40,7 +48,7 @@ int big_glyph_index(unsigned char c)
 
 }  // namespace
 
-OLEDBaMaster::OLEDBaMaster()
+OLEDBaMaster::OLEDBaMaster() : frame_(kRows, kRowBytes)
 {
     memcpy(big_digit_, kBigDigit16x27, sizeof(big_digit_));
     memcpy(ascii_grey_, kAscii8x13Grey, sizeof(ascii_grey_));
@@ -86,6 +94,41 @@ void OLEDBaMaster::InitOLED_big()
             WriteCmdOLED(kInitBig[i].arg);
         }
     }
+    frame_.forget();
+}
+
+void OLEDBaMaster::ShowFrame_big()
+{
+    if (kLiteralPanel) {
+        return;
+    }
+    frame_.begin_flush();
+    FrameBuffer::Run run;
+    while (frame_.next_run(&run)) {
+        SetOLEDAddr_big(static_cast<unsigned char>(run.column), static_cast<unsigned char>(run.line));
+        drive_dc(true);
+        for (int i = 0; i < run.count; ++i) {
+            SendByte(run.bytes[i]);
+        }
+    }
+}
+
+// The controller keeps six bits of the row and seven of the column.
+void OLEDBaMaster::position(unsigned char col, unsigned char row)
+{
+    if (kLiteralPanel) {
+        SetOLEDAddr_big(col, row);
+        drive_dc(true);
+    }
+    frame_.move_to(row & 0x3F, col & 0x7F);
+}
+
+void OLEDBaMaster::put(unsigned char byte)
+{
+    if (kLiteralPanel) {
+        SendByte(byte);
+    }
+    frame_.put(byte);
 }
 
 // Positioning goes without the 1 ms command pause: it precedes every row.
@@ -107,8 +150,7 @@ void OLEDBaMaster::for_each_row(unsigned char x, unsigned char y, unsigned char 
     const unsigned char end = static_cast<unsigned char>(y + height);
     unsigned char row = y;
     do {
-        SetOLEDAddr_big(static_cast<unsigned char>(x >> 1), row);
-        drive_dc(true);
+        position(static_cast<unsigned char>(x >> 1), row);
         fill_row(row);
         ++row;
     } while (row != end);
@@ -119,7 +161,7 @@ void OLEDBaMaster::ShowOLEDFill_big(unsigned char x, unsigned char y, unsigned s
 {
     for_each_row(x, y, height, [this, width, value](unsigned char) {
         for (int i = 0; i < (width >> 1); ++i) {
-            SendByte(value);
+            put(value);
         }
     });
 }
@@ -130,7 +172,7 @@ void OLEDBaMaster::ShowOLEDFillPic_big(unsigned char x, unsigned char y, unsigne
     const unsigned char count = static_cast<unsigned char>(width >> 1);
     for_each_row(x, y, height, [this, count, &pic](unsigned char) {
         for (int i = 0; i < count; ++i) {
-            SendByte(*pic++);
+            put(*pic++);
         }
     });
 }
@@ -145,8 +187,7 @@ void OLEDBaMaster::ShowOLEDString_big(unsigned char x, unsigned char y, unsigned
         memset(str + used, ' ', len - used);
     }
     for (int r = 0; r < kDigitRows; ++r) {
-        SetOLEDAddr_big(static_cast<unsigned char>(x >> 1), static_cast<unsigned char>(y + r));
-        drive_dc(true);
+        position(static_cast<unsigned char>(x >> 1), static_cast<unsigned char>(y + r));
         for (int i = 0; i < len; ++i) {
             const int glyph = big_glyph_index(str[i]);
             if (glyph < 0) {
@@ -154,7 +195,7 @@ void OLEDBaMaster::ShowOLEDString_big(unsigned char x, unsigned char y, unsigned
             }
             const unsigned char* bytes = &big_digit_[(glyph * kDigitRows + r) * kDigitRowBytes];
             for (int k = 0; k < kDigitRowBytes; ++k) {
-                SendByte(bytes[k]);
+                put(bytes[k]);
             }
         }
     }
@@ -163,8 +204,7 @@ void OLEDBaMaster::ShowOLEDString_big(unsigned char x, unsigned char y, unsigned
 void OLEDBaMaster::ShowOLEDSmallString(unsigned char x, unsigned char y, unsigned char* str, unsigned char len)
 {
     for (int r = 0; r < kSmallRows; ++r) {
-        SetOLEDAddr_big(static_cast<unsigned char>(x >> 1), static_cast<unsigned char>(y + r));
-        drive_dc(true);
+        position(static_cast<unsigned char>(x >> 1), static_cast<unsigned char>(y + r));
         for (int i = 0; i < len; ++i) {
             // The font covers 32..126 only; another code sends nothing
             // rather than bytes from outside the table.
@@ -173,7 +213,7 @@ void OLEDBaMaster::ShowOLEDSmallString(unsigned char x, unsigned char y, unsigne
             }
             const unsigned char* bytes = &ascii_grey_[((str[i] - 32) * kSmallRows + r) * kSmallRowBytes];
             for (int k = 0; k < kSmallRowBytes; ++k) {
-                SendByte(bytes[k]);
+                put(bytes[k]);
             }
         }
     }

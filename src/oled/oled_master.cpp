@@ -17,10 +17,17 @@ const int kLargeWidth = 7;
 const int kSmallGlyphWidth = 5;
 const int kCustomBytes = 32;
 const int kCustomStep = 18;
+const int kPages = 8;
+
+#ifdef OLEDD_LITERAL_PANEL
+const bool kLiteralPanel = true;
+#else
+const bool kLiteralPanel = false;
+#endif
 
 }  // namespace
 
-OLEDMaster::OLEDMaster()
+OLEDMaster::OLEDMaster() : frame_(kPages, kColumns)
 {
     memcpy(digit_, kDigit7x12, sizeof(digit_));
     memcpy(capital_, kCapital7x12, sizeof(capital_));
@@ -37,9 +44,40 @@ OLEDMaster::~OLEDMaster()
 
 void OLEDMaster::SetSmallOLEDAddr(unsigned char x, unsigned char y)
 {
-    send_command(static_cast<unsigned char>(y + 0xB0));
-    send_command(static_cast<unsigned char>(0x10 | (x >> 4)));
-    send_command(x & 0x0F);
+    if (kLiteralPanel) {
+        send_command(static_cast<unsigned char>(y + 0xB0));
+        send_command(static_cast<unsigned char>(0x10 | (x >> 4)));
+        send_command(x & 0x0F);
+    }
+    frame_.move_to(y, x & 0x7F);
+}
+
+void OLEDMaster::put(unsigned char byte)
+{
+    if (kLiteralPanel) {
+        WriteByteOLED(byte, 0x40);
+    }
+    frame_.put(byte);
+}
+
+void OLEDMaster::send_frame(bool whole)
+{
+    frame_.begin_flush(whole);
+    FrameBuffer::Run run;
+    while (frame_.next_run(&run)) {
+        const unsigned char address[] = {static_cast<unsigned char>(0xB0 + run.line),
+                                         static_cast<unsigned char>(0x10 | (run.column >> 4)),
+                                         static_cast<unsigned char>(run.column & 0x0F)};
+        WriteRunOLED(false, address, sizeof(address));
+        WriteRunOLED(true, run.bytes, run.count);
+    }
+}
+
+void OLEDMaster::ShowFrame()
+{
+    if (!kLiteralPanel) {
+        send_frame(false);
+    }
 }
 
 // The older positioning: page shifted by five and wrapped, low column
@@ -49,6 +87,7 @@ void OLEDMaster::SetOLEDAddr(unsigned char x, unsigned char y)
     send_command(static_cast<unsigned char>(0xB0 + ((y + 5) & 7)));
     send_command(x & 0x0F);
     send_command(static_cast<unsigned char>(0x10 + (x >> 4)));
+    frame_.move_to((y + 5) & 7, x & 0x7F);
 }
 
 void OLEDMaster::ShowOLEDClear(unsigned char first_page, unsigned char end_page)
@@ -57,7 +96,7 @@ void OLEDMaster::ShowOLEDClear(unsigned char first_page, unsigned char end_page)
     for (unsigned char page = first_page; page < end_page; ++page) {
         SetSmallOLEDAddr(0, page);
         for (int column = 0; column < kColumns; ++column) {
-            send_data(0x00);
+            put(0x00);
         }
     }
 }
@@ -84,7 +123,13 @@ void OLEDMaster::InitOLED()
                 }
                 break;
             case PanelStep::kClearScreen:
-                ShowOLEDClear(0, 8);
+                // The panel's memory is unknown after a start-up: all of
+                // it, which repairs a panel whose set-up was lost.
+                if (kLiteralPanel) {
+                    ShowOLEDClear(0, kPages);
+                } else {
+                    send_frame(true);
+                }
                 break;
             case PanelStep::kPauseMs:
                 Delayms(step.command);
@@ -131,9 +176,9 @@ void OLEDMaster::ShowOLEDString(unsigned char x, unsigned char y, unsigned char*
             unsigned char columns[kLargeWidth];
             const int count = large_glyph_page(str[i], page == 1, columns);
             for (int k = 0; k < count; ++k) {
-                send_data(columns[k]);
+                put(columns[k]);
             }
-            send_data(0x00);
+            put(0x00);
         }
     }
 }
@@ -158,9 +203,9 @@ void OLEDMaster::ShowOLEDSmallString(unsigned char x, unsigned char y, unsigned 
             last = -1;
         }
         for (int column = first; column <= last; ++column) {
-            send_data(ascii5x7_[(c - 32) * kSmallGlyphWidth + column] & 0xFF);
+            put(ascii5x7_[(c - 32) * kSmallGlyphWidth + column] & 0xFF);
         }
-        send_data(0x00);
+        put(0x00);
     }
 }
 
@@ -175,7 +220,7 @@ void OLEDMaster::ShowOLEDCustom(unsigned char x, unsigned char y, unsigned char*
             for (int page = 0; page < 2; ++page) {
                 SetSmallOLEDAddr(x, static_cast<unsigned char>(y + page));
                 for (int column = 0; column < 16; ++column) {
-                    send_data(glyph[page * 16 + column]);
+                    put(glyph[page * 16 + column]);
                 }
             }
         }

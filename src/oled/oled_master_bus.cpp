@@ -49,6 +49,14 @@ unsigned char OLEDMaster::DelayACK()
 
 void OLEDMaster::WriteByteOLED(unsigned char byte, unsigned char ctrl)
 {
+    WriteRunOLED(ctrl != 0, &byte, 1);
+}
+
+// Two-wire: the control byte (0x40 data, 0x00 commands, continuation bit
+// clear) covers every byte up to the stop. Four-wire: chip select stays low
+// for the run.
+void OLEDMaster::WriteRunOLED(bool data, const unsigned char* bytes, int count)
+{
     const SmallPanelKind* kind = small_panel_kind(oled_type);
     if (kind == nullptr) {
         return;
@@ -57,16 +65,20 @@ void OLEDMaster::WriteByteOLED(unsigned char byte, unsigned char ctrl)
         IICStart();
         IICWriteByte(0x78);
         DelayACK();
-        IICWriteByte(ctrl);
+        IICWriteByte(data ? 0x40 : 0x00);
         DelayACK();
-        IICWriteByte(byte);
-        DelayACK();
+        for (int i = 0; i < count; ++i) {
+            IICWriteByte(bytes[i]);
+            DelayACK();
+        }
         IICStop();
         return;
     }
-    drive_dc(ctrl != 0);
+    drive_dc(data);
     drive_cs(false);
-    shift_out_four_wire(byte);
+    for (int i = 0; i < count; ++i) {
+        shift_out_four_wire(bytes[i]);
+    }
     drive_cs(true);
     drive_dc(true);
 }

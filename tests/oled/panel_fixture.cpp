@@ -31,7 +31,7 @@ void PanelOnSoc::TearDown()
 
 // The bus set up by the daemon's own pin set-up, on pins away from the
 // board defaults, so the test names every line itself.
-void PanelOnSoc::wire(int type)
+void PanelOnSoc::wire(int type, bool released)
 {
     typedef SoftwareConfig C;
     const std::pair<C::SoftWareConfigID, const char*> pins[] = {
@@ -47,6 +47,10 @@ void PanelOnSoc::wire(int type)
     }
     oled_type = type;
     oled_gpio_init();
+    const bool reset_line = type == 0 || type == 3 || type == 6;
+    if (reset_line) {
+        set_reg(RES, RES_H);
+    }
     std::shared_ptr<Recorder> recorder = recorder_;
     panel_ = attach_panel(box, [recorder](bool data, uint8_t byte) {
         recorder->bytes.push_back(Byte(data, byte));
@@ -55,8 +59,8 @@ void PanelOnSoc::wire(int type)
             recorder->hook(*recorder);
         }
     });
-    if (type == 0 || type == 3 || type == 6) {
-        // Out of reset, as after the driver's reset pulse.
+    if (reset_line && released) {
+        set_reg(RES, RES_L);
         set_reg(RES, RES_H);
     }
 }

@@ -22,8 +22,11 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
-    // Wires the panel for oled_type and makes it the driver's type.
-    void wire(int type);
+    // Wires the panel for oled_type and makes it the driver's type. A
+    // panel with a reset line powers up with the line high, as a daemon
+    // started again leaves it: released, it has had its reset pulse,
+    // otherwise it waits for the driver's.
+    void wire(int type, bool released = true);
 
     // Recorded bytes since the last take, then forgets them.
     std::vector<Byte> take();

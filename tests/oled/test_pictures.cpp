@@ -38,6 +38,7 @@ TEST_F(Pictures, SmallPanelLargeTextAndIcons)
     // A lower-case letter is one blank column.
     draw(&OLEDMaster::ShowOLEDString, oled, 0, 4, "PQRSTUVWXYZ.:_!a");
     draw(&OLEDMaster::ShowOLEDCustom, oled, 0, 6, "012345");
+    oled.ShowFrame();
     expect_panel("small_large_text_and_icons");
 }
 
@@ -53,6 +54,7 @@ TEST_F(Pictures, SmallPanelSmallText)
          "A\x01"
          "B\x7F"
          "C");
+    oled.ShowFrame();
     expect_panel("small_small_text");
 }
 
@@ -66,9 +68,11 @@ TEST_F(Pictures, BigPanelFonts)
     oled.ShowOLEDSmallString(0, 32, text(line.c_str()), 32);
     line = codes(64, 95);
     oled.ShowOLEDSmallString(0, 48, text(line.c_str()), 32);
+    oled.ShowFrame_big();
     expect_panel("big_digits_and_text");
     line = codes(96, 126);
     oled.ShowOLEDSmallString(0, 32, text(line.c_str()), 31);
+    oled.ShowFrame_big();
     expect_panel("big_text_rest");
 }
 

@@ -62,7 +62,7 @@ TEST_F(SmallPanel, EveryKindSendsItsStartUpSequenceOnItsBus)
         SCOPED_TRACE(kind.type);
         TearDown();
         SetUp();
-        wire(kind.type);
+        wire(kind.type, false);  // a reset line waits for the driver's pulse
         CaptureStdout out;
         oled_.InitOLED();
         EXPECT_EQ(kind.name, out.text());
@@ -83,20 +83,60 @@ TEST_F(SmallPanel, TypesWithoutSmallPanelSendAndPrintNothing)
         oled_.InitOLED();
         oled_.ShowOLEDString(0, 0, text("A1"), 2);
         oled_.ShowOLEDClear(0, 8);
+        oled_.ShowFrame();
         EXPECT_EQ("", out.text());
         EXPECT_TRUE(take().empty());
     }
 }
 
-TEST_F(SmallPanel, ClearBlanksThePagesAskedAndTheTextBuffer)
+// A screen change as the loops make it: the area blanked, the next text
+// drawn. Only the bytes that differ go out, in one transaction per run, and
+// no pixel that both texts light goes dark on the way.
+TEST_F(SmallPanel, ScreenChangeSendsOnlyWhatDiffersAndNeverBlanks)
 {
-    wire(1);
-    memset(oled_buf, 0x5A, sizeof(oled_buf));
-    oled_.ShowOLEDClear(5, 5);
-    EXPECT_TRUE(take().empty());
-    EXPECT_EQ(0, oled_buf[0] | oled_buf[319]);
-    oled_.ShowOLEDClear(6, 8);
-    EXPECT_EQ(take(), blank(6, 8));
+    for (int type : {4, 3}) {
+        SCOPED_TRACE(type);
+        TearDown();
+        SetUp();
+        wire(type);
+        oled_.InitOLED();
+        oled_.ShowOLEDString(2, 0, text("10.0.0.7"), 8);
+        oled_.ShowOLEDSmallString(4, 4, text("CPU:12%"), 7);
+        oled_.ShowFrame();
+        const std::vector<uint8_t> before = panel_->pixels();
+        take();
+        std::vector<uint8_t> seen = before;
+        int blinks = 0;
+        recorder_->hook = [this, &seen, &before, &blinks](const Recorder&) {
+            const std::vector<uint8_t> now = panel_->pixels();
+            for (size_t i = 0; i < now.size(); ++i) {
+                blinks += before[i] != 0 && seen[i] == 0 && now[i] != 0;
+                seen[i] = seen[i] != 0 && now[i] != 0;
+            }
+        };
+        memset(oled_buf, 0x5A, sizeof(oled_buf));
+        oled_.ShowOLEDClear(2, 8);
+        EXPECT_EQ(0, oled_buf[0] | oled_buf[319]);
+        oled_.ShowOLEDSmallString(4, 4, text("CPU:17%"), 7);
+        oled_.ShowFrame();
+        const Stream sent = take();
+        recorder_->hook = nullptr;
+        EXPECT_EQ(0, blinks);
+        // "CPU:1" is 28 columns wide from column 4: one run from column 32,
+        // the '2' turned into a '7', a glyph and its spacer at most.
+        ASSERT_EQ(Stream(sent.begin(), sent.begin() + 3), commands("B4 12 00"));
+        EXPECT_LE(sent.size(), 3u + 6u);
+        EXPECT_EQ(0u, data_of(Stream(sent.begin(), sent.begin() + 3)).size());
+        // Nothing changed, nothing sent.
+        oled_.ShowFrame();
+        EXPECT_TRUE(take().empty());
+        // What the panel shows is the frame: the whole frame, sent again
+        // by a start-up to a panel that lost its memory, changes nothing.
+        const std::vector<uint8_t> changed = panel_->pixels();
+        panel_->scramble(5);
+        oled_.InitOLED();
+        EXPECT_EQ(changed, panel_->pixels());
+    }
 }
 
 TEST_F(SmallPanel, OlderAddressingShiftsThePageByFive)
