@@ -79,26 +79,47 @@ protected:
     }
 
     // Runs a loop until it has held `screens` screens and ended its pass;
-    // keeps the screens, one under the other; returns what it printed.
+    // keeps the screens, one under the other; returns what it printed. No
+    // pixel lit on one screen and on the next may go dark in between: the
+    // panel would be seen to wipe.
     std::string run(void* (*loop)(void*), RelaxedAtomic<bool>* flag, int screens)
     {
         held_.clear();
         int count = 0;
         waits_.clear();
-        g_on_sleep = [this, flag, screens, &count](unsigned int seconds) {
+        std::vector<uint8_t> lit_at_hold, went_dark;
+        int blinks = 0;
+        recorder_->hook = [this, &lit_at_hold, &went_dark](const Recorder&) {
+            const std::vector<uint8_t> now = lit_at_hold.empty() ? lit_at_hold : panel_->pixels();
+            for (size_t i = 0; i < now.size(); ++i) {
+                went_dark[i] |= lit_at_hold[i] != 0 && now[i] == 0;
+            }
+        };
+        g_on_sleep = [this, flag, screens, &count, &lit_at_hold, &went_dark, &blinks](unsigned int seconds) {
             if (count == 0) {
                 waits_.push_back(seconds);
             }
             if (seconds == kHold) {
                 const std::vector<uint8_t> now = panel_->pixels();
+                for (size_t i = 0; i < lit_at_hold.size(); ++i) {
+                    blinks += went_dark[i] && now[i] != 0;
+                }
+                lit_at_hold = now;
+                went_dark.assign(now.size(), 0);
                 held_.insert(held_.end(), now.begin(), now.end());
                 *flag = ++count < screens;
             }
         };
         *flag = true;
-        CaptureStdout out;
-        loop(nullptr);
-        return out.text();
+        std::string printed;
+        {
+            CaptureStdout out;
+            loop(nullptr);
+            printed = out.text();
+        }
+        recorder_->hook = nullptr;
+        EXPECT_EQ(0, blinks) << "pixels that went dark between two screens and came back";
+        return printed;
     }
 
     void expect_held(const std::string& name) const
@@ -143,12 +164,14 @@ TEST_F(Loops, OldPanelIsSetUpAgainEveryEleventhPass)
 
 TEST_F(Loops, NewPanelsShowTwoLinesPerScreenCustomTextLast)
 {
-    wire(4);
     snprintf(hw_info, sizeof(hw_info), "BRD20");
     oled_string_enable = oled_display_cpu = oled_display_vi = oled_display_ai = oled_display_venc = true;
     oled_display_ethspeed = oled_display_temp = oled_display_time = oled_display_io = true;
-    run(oled_small_loop, &thread_small_loop, 6);
-    expect_held("loop_two_lines");
+    for (int kind : {3, 4, 5}) {  // each bus and controller
+        wire(kind);
+        run(oled_small_loop, &thread_small_loop, 6);
+        expect_held("loop_two_lines");
+    }
     // Without a second input the video line is one; a first slot left
     // alone is held all the same.
     wire(6);

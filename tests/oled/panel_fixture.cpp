@@ -33,6 +33,7 @@ void PanelOnSoc::TearDown()
 // board defaults, so the test names every line itself.
 void PanelOnSoc::wire(int type, bool released)
 {
+    SimSoc::instance().reset();  // a panel wired before would answer on the same lines
     typedef SoftwareConfig C;
     const std::pair<C::SoftWareConfigID, const char*> pins[] = {
         {C::OLed_ba_SDINMUX, "5_1"},  {C::OLed_ba_SCLKMUX, "5_2"}, {C::OLed_ba_CS_MUX, "6_3"},
