@@ -106,17 +106,17 @@ FILE* open_output_file(const std::string& path, const char* what)
 
 // SIGUSR1 is blocked in every thread (the daemon's threads inherit the
 // mask) and taken here, where locking the panel is allowed.
-void scramble_on_signal(const std::shared_ptr<PanelController>& panel)
+void scramble_on_signal(const std::function<void(uint32_t)>& scramble)
 {
     sigset_t usr1;
     sigemptyset(&usr1);
     sigaddset(&usr1, SIGUSR1);
     pthread_sigmask(SIG_BLOCK, &usr1, nullptr);
-    std::thread([panel, usr1] {
+    std::thread([scramble, usr1] {
         for (uint32_t seed = 1;; ++seed) {
             int taken = 0;
-            if (sigwait(&usr1, &taken) == 0 && panel != nullptr) {
-                panel->scramble(seed);
+            if (sigwait(&usr1, &taken) == 0 && scramble) {
+                scramble(seed);
                 fprintf(stderr, "oledd-sim: panel memory scrambled\n");
             }
         }

@@ -21,7 +21,7 @@ int png_scale(const PanelController& panel)
 }  // namespace
 #endif
 
-std::shared_ptr<PanelController> wire_panel_outputs(const BoxSettings& box)
+std::function<void(uint32_t)> wire_panel_outputs(const BoxSettings& box)
 {
     const PanelWiring* wiring = panel_wiring_for(str2int(box.get(SoftwareConfig::OLed_a_kind_start)));
     OutputFiles& files = OutputFiles::instance();
@@ -45,8 +45,14 @@ std::shared_ptr<PanelController> wire_panel_outputs(const BoxSettings& box)
     const PanelColour colour = wiring->colour;
     ids->push_back(files.add("panel.png", [panel, colour]() { return panel_png(*panel, colour, png_scale(*panel)); }));
 #endif
-    for (int id : *ids) {
-        files.mark_dirty(id);
-    }
-    return panel;
+    const auto mark_all = [ids] {
+        for (int id : *ids) {
+            OutputFiles::instance().mark_dirty(id);
+        }
+    };
+    mark_all();
+    return [panel, mark_all](uint32_t seed) {
+        panel->scramble(seed);
+        mark_all();
+    };
 }

@@ -8,7 +8,8 @@ from test_startup import settings_text
 
 def read_pgm(path):
     """(width, height, rows of pixel values)."""
-    data = open(path, "rb").read()
+    with open(path, "rb") as f:
+        data = f.read()
     parts = data.split(maxsplit=4)
     width, height = int(parts[1]), int(parts[2])
     return width, height, [list(parts[4][r * width:(r + 1) * width]) for r in range(height)]

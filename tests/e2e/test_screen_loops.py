@@ -1,8 +1,10 @@
 """The screen loops in the running daemon (their pages and order are the
 loop unit test's): a control datagram changes what the big panel shows at
-its next pass, and a small-screen loop with nothing to show rests."""
+its next pass, a small-screen loop with nothing to show rests, and a panel
+whose memory was lost is whole again within a minute."""
 
 import os
+import signal
 import time
 
 import psutil
@@ -34,6 +36,19 @@ class ScreenLoops(LoopTest):
         # A spinning loop takes a whole core; resting, the daemon takes little.
         self.assertLess(sum(daemon.cpu_times()[:2]) - before, 0.5)
 
+    def test_panel_that_lost_its_memory_is_repaired_within_a_minute(self):
+        self.start_box(**dict(OFF, OLed_a_kind_start=4, OLed_a_sleep_tim=1, OLed_a_start=1))
+        pgm = self.sim.out + "/panel.pgm"
+        # The upper half: the address, and blank pages that the uptime's
+        # line never reaches; it stays as it is.
+        upper = lambda: read_pgm(pgm)[2][:32]  # noqa: E731
+        eventually(lambda: any(any(row) for row in upper()), 30, "the address drawn")
+        time.sleep(2)
+        shown = upper()
+        self.sim.signal(signal.SIGUSR1)
+        self.sim.wait_for("oledd-sim: panel memory scrambled")
+        eventually(lambda: upper() != shown, 10, "the scrambled panel written out")
+        eventually(lambda: upper() == shown, 65, "the panel repaired", every=0.5)
 
 if __name__ == "__main__":
     main()
