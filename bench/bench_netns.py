@@ -27,6 +27,13 @@ class BoxLink:
         self.peer.close()
 
 
+def cpu_seconds(pid):
+    """utime + stime + cutime + cstime of pid."""
+    with open("/proc/%d/stat" % pid) as f:
+        fields = f.read().rsplit(")", 1)[1].split()
+    return sum(int(v) for v in fields[11:15]) / os.sysconf("SC_CLK_TCK")
+
+
 def rss_kb(pid):
     with open("/proc/%d/status" % pid) as f:
         for line in f:

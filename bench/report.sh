@@ -5,7 +5,8 @@
 #   bench/report.sh --quick   shorter runs (10 s of oledd-sim and oledd; ~2 min)
 # Builds what it needs: build/ (host), build-literal/ (probes through the
 # shell, every datagram answered, every change written at once: the
-# baseline of oledd-sim),
+# baseline of oledd-sim), build-literal-panel/ (every drawn byte sent at
+# once, its own transaction: the baseline of the panel rows),
 # build-arm/ and build-arm-shared/ (the ARM oledd with the C++ runtime
 # linked in and shared, for size).
 # Needs root for the oledd-sim and oledd rows (namespaces); skipped without.
@@ -46,6 +47,7 @@ build() {  # dir, cmake options..., -- targets...
 echo "building ..." >&2
 build build -- bench_pacing bench_panels bench_probes bench_control bench_control_literal oledd-sim oledctl oledd
 build build-literal -DOLEDD_LITERAL_SHELL=ON -DOLEDD_LITERAL_REPLIES=ON -DOLEDD_LITERAL_SAVES=ON -- oledd-sim
+build build-literal-panel -DOLEDD_LITERAL_PANEL=ON -DOLEDD_TESTS=OFF -- oledd-sim oledd
 arm=1
 if command -v arm-linux-gnueabihf-g++ > /dev/null; then
   build build-arm -DCMAKE_TOOLCHAIN_FILE=cmake/arm-linux.cmake -DOLEDD_HOST_TOOLS=OFF -- oledd
@@ -85,11 +87,19 @@ if [ "$(id -u)" = 0 ]; then
   echo "running oledd-sim for ${sim_seconds}s, both probe modes side by side ..." >&2
   sim="$("$python" bench/sim_minute.py --seconds "$sim_seconds" --sim build/bin/oledd-sim --sim build-literal/bin/oledd-sim)"
 fi
+panel=""
+if [ "$(id -u)" = 0 ]; then
+  echo "running oledd-sim on the sample box for ${sim_seconds}s with each panel, both panel builds ..." >&2
+  panel="$("$python" bench/panel_minute.py --seconds "$sim_seconds" --sim build/bin/oledd-sim \
+           --sim build-literal-panel/bin/oledd-sim)"
+fi
 appliance=""
-if [ "$(id -u)" = 0 ] && [ $arm = 1 ]; then
-  echo "running the ARM oledd under qemu-arm-static (and the host oledd) for ${sim_seconds}s ..." >&2
-  appliance="$("$python" bench/appliance_minute.py --seconds "$sim_seconds" --arm build-arm/bin/oledd \
-               --host build/bin/oledd)"
+if [ "$(id -u)" = 0 ]; then
+  arm_oledd=()
+  [ $arm = 0 ] || arm_oledd=(--arm build-arm/bin/oledd)
+  echo "running the host oledd, both panel builds (and the ARM one under qemu-arm-static) for ${sim_seconds}s ..." >&2
+  appliance="$("$python" bench/appliance_minute.py --seconds "$sim_seconds" "${arm_oledd[@]}" \
+               --host build/bin/oledd --host build-literal-panel/bin/oledd)"
 fi
 discover=""
 if [ "$(id -u)" = 0 ]; then
@@ -108,7 +118,8 @@ if [ "$(id -u)" = 0 ]; then
            --sim build/bin/oledd-sim --sim build-literal/bin/oledd-sim)"
 fi
 sim_field() { awk -v p="$1" -v c="$2" '$1 == p { print $c }' <<< "${3:-$sim}"; }  # path, column[, lines]
-rss_of() { awk -v p="$1" '$1 == p { print $2 }' <<< "$appliance"; }
+appliance_of() { awk -v p="$1" -v c="$2" '$1 == p { print $c }' <<< "$appliance"; }  # path, column
+writes_of() { awk -v p="$1" -v k="$2" '$1 == p && $2 == k { print $3 }' <<< "$panel"; }  # path, kind
 
 echo
 echo "Benchmarks, $(date -u '+%Y-%m-%d %H:%M UTC'), $(nproc) cores, $(uname -m); bench/report.sh $*"
@@ -143,9 +154,21 @@ if [ -n "$reflection" ]; then
   row "flash writes per changing datagram, flood 200/s" "$(sim_field build/bin/oledd-sim 2 "$saves")" \
       "$(sim_field build-literal/bin/oledd-sim 2 "$saves")" "every change written at once (OLEDD_LITERAL_SAVES)"
 fi
+if [ -n "$panel" ]; then
+  for kind in "4:two-wire small panel" "3:four-wire small panel" "0:big panel"; do
+    ours="$(writes_of build/bin/oledd-sim "${kind%%:*}")"; base="$(writes_of build-literal-panel/bin/oledd-sim "${kind%%:*}")"
+    row "register writes per minute, sample box, ${kind#*:}" "$ours" "$base" \
+        "every drawn byte sent at once (OLEDD_LITERAL_PANEL); ours $(ratio "$ours" "$base") fewer"
+  done
+fi
 if [ -n "$appliance" ]; then
-  row "ARM oledd resident memory after ${sim_seconds} s, kB" "$(rss_of build-arm/bin/oledd)" \
-      "$(rss_of build/bin/oledd)" "host oledd in the same root; ours includes qemu-arm-static"
+  ours="$(appliance_of build/bin/oledd 3)"; base="$(appliance_of build-literal-panel/bin/oledd 3)"
+  row "host oledd CPU seconds per minute, sample box" "$ours" "$base" \
+      "the same, in the appliance test's root; ours $(ratio "$ours" "$base") less"
+  if [ $arm = 1 ]; then
+    row "ARM oledd resident memory after $((sim_seconds + 10)) s, kB" "$(appliance_of build-arm/bin/oledd 2)" \
+        "$(appliance_of build/bin/oledd 2)" "host oledd in the same root; ours includes qemu-arm-static"
+  fi
 fi
 while read -r count _ _ _ _ listed _; do
   [ -n "$count" ] || continue

@@ -18,22 +18,13 @@ import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(HERE, "..", "tests", "e2e"))
-from bench_netns import BoxLink, argument_parser, parse_as_root, rss_kb  # noqa: E402
+from bench_netns import BoxLink, argument_parser, cpu_seconds, parse_as_root, rss_kb  # noqa: E402
 from harness import run  # noqa: E402
 
 FIXTURE = os.path.join(HERE, "..", "tests", "fixtures", "good")
 # A small panel and the LED loop, with the shortest hold the screens take.
 SETTINGS = ("OLed_a_kind_start=4\nOLed_a_sleep_tim=1\nOLed_a_led_start=1\nOLed_a_io=1\n"
             "kLed_outside_value=1\nkLed_eth_gpio=5_0\nkLed_cpu_gpio=5_1\nkLed_hdmi_gpio=5_2\nkLed_pwr_gpio=5_3\n")
-TICK = os.sysconf("SC_CLK_TCK")
-
-
-def cpu_seconds(pid):
-    """utime + stime + cutime + cstime of pid."""
-    with open("/proc/%d/stat" % pid) as f:
-        fields = f.read().rsplit(")", 1)[1].split()
-    return sum(int(v) for v in fields[11:15]) / TICK
-
 
 
 def last_pid(pid):

@@ -29,12 +29,6 @@ const int kSmallRowBytes = 4;
 const int kRows = 64;
 const int kRowBytes = 128;
 
-#ifdef OLEDD_LITERAL_PANEL
-const bool kLiteralPanel = true;
-#else
-const bool kLiteralPanel = false;
-#endif
-
 int big_glyph_index(unsigned char c)
 {
     if (c >= '0' && c <= '9') {

@@ -19,12 +19,6 @@ const int kCustomBytes = 32;
 const int kCustomStep = 18;
 const int kPages = 8;
 
-#ifdef OLEDD_LITERAL_PANEL
-const bool kLiteralPanel = true;
-#else
-const bool kLiteralPanel = false;
-#endif
-
 }  // namespace
 
 OLEDMaster::OLEDMaster() : frame_(kPages, kColumns)

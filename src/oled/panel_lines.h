@@ -4,6 +4,14 @@
 #include "bus_lines.h"
 #include "register_access.h"
 
+// A build with OLEDD_LITERAL_PANEL (a benchmark's baseline) sends every
+// byte as it is drawn, each its own transaction, three writes a bit.
+#ifdef OLEDD_LITERAL_PANEL
+const bool kLiteralPanel = true;
+#else
+const bool kLiteralPanel = false;
+#endif
+
 // The bus primitives both panel drivers share. Every level change is one
 // paced register write to the line's single-bit alias; the pacing inside
 // set_reg is the bus clock.

@@ -21,8 +21,8 @@ INIT = {
 }
 SWITCHED_ON = {"old": "AF", "0.96": "AF A6 C8 A1", "1.29": "AF A6 C0 A0"}
 # oled_type: panel, four-wire, register writes per byte on its bus.
-KINDS = {1: ("old", False, 89), 3: ("0.96", True, 28), 4: ("0.96", False, 89), 5: ("1.29", False, 89),
-         6: ("1.29", True, 28)}
+KINDS = {1: ("old", False, 89), 3: ("0.96", True, 20), 4: ("0.96", False, 89), 5: ("1.29", False, 89),
+         6: ("1.29", True, 20)}
 
 
 def commands(text):
