@@ -5,6 +5,7 @@ daemon's resident memory."""
 import argparse
 import os
 import sys
+import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests", "e2e"))
 from harness import Netns, link  # noqa: E402
@@ -25,6 +26,14 @@ class BoxLink:
     def close(self):
         self.netns.close()
         self.peer.close()
+
+
+def kill(proc):
+    """Ends a daemon started for a reading, if it has not ended itself."""
+    if proc is not None:
+        if proc.poll() is None:
+            proc.kill()
+        proc.wait()
 
 
 def cpu_seconds(pid):
@@ -52,3 +61,20 @@ def parse_as_root(parser, program):
 
 def argument_parser(doc):
     return argparse.ArgumentParser(description=doc, formatter_class=argparse.RawDescriptionHelpFormatter)
+
+
+def side_by_side(start, warm_up, seconds):
+    """The runs that start(runs) appends, each begun (run.begin()) after
+    warm_up seconds and handed out for its reading after seconds more;
+    every run is closed at the end, or when a start fails."""
+    runs = []
+    try:
+        start(runs)
+        time.sleep(warm_up)
+        for r in runs:
+            r.begin()
+        time.sleep(seconds)
+        yield from runs
+    finally:
+        for r in runs:
+            r.close()

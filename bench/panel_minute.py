@@ -15,7 +15,7 @@ import subprocess
 import tempfile
 import time
 
-from bench_netns import BoxLink, argument_parser, parse_as_root
+from bench_netns import BoxLink, argument_parser, kill, parse_as_root, side_by_side
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 SAMPLE_ROOT = os.path.join(HERE, "..", "sim", "sample-root")
@@ -28,7 +28,7 @@ class Run:
         self.link = BoxLink()
         self.proc = None
         self.root = tempfile.mkdtemp(prefix="oled-bench-root-")
-        self.trace = os.path.join(self.root, "..", os.path.basename(self.root) + ".trace")
+        self.trace = self.root + ".trace"
         shutil.copytree(SAMPLE_ROOT, self.root, dirs_exist_ok=True)
         settings = os.path.join(self.root, "data", "oled.ini")
         with open(settings) as f:
@@ -50,10 +50,7 @@ class Run:
         return writes * 60.0 / elapsed
 
     def close(self):
-        if self.proc is not None:
-            if self.proc.poll() is None:
-                self.proc.kill()
-            self.proc.wait()
+        kill(self.proc)
         shutil.rmtree(self.root, ignore_errors=True)
         if os.path.exists(self.trace):
             os.remove(self.trace)
@@ -67,20 +64,9 @@ def main():
     parser.add_argument("--seconds", type=float, default=60.0, help="measured time (default 60)")
     parser.add_argument("--warm-up", type=float, default=15.0, help="unmeasured start (default 15)")
     args = parse_as_root(parser, "panel_minute.py")
-    runs = []
-    try:
-        for sim in args.sim:
-            for kind in args.kind or KINDS:
-                runs.append(Run(sim, kind))
-        time.sleep(args.warm_up)
-        for r in runs:
-            r.begin()
-        time.sleep(args.seconds)
-        for r in runs:
-            print("%s %d %.0f" % (r.sim, r.kind, r.writes_per_minute()))
-    finally:
-        for r in runs:
-            r.close()
+    start = lambda runs: runs.extend(Run(sim, kind) for sim in args.sim for kind in args.kind or KINDS)  # noqa: E731
+    for r in side_by_side(start, args.warm_up, args.seconds):
+        print("%s %d %.0f" % (r.sim, r.kind, r.writes_per_minute()))
 
 
 if __name__ == "__main__":

@@ -18,7 +18,7 @@ import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(HERE, "..", "tests", "e2e"))
-from bench_netns import BoxLink, argument_parser, cpu_seconds, parse_as_root, rss_kb  # noqa: E402
+from bench_netns import BoxLink, argument_parser, cpu_seconds, kill, parse_as_root, rss_kb, side_by_side  # noqa: E402
 from harness import run  # noqa: E402
 
 FIXTURE = os.path.join(HERE, "..", "tests", "fixtures", "good")
@@ -77,12 +77,9 @@ class Run:
         return ((pids - self.pid0 - 1) * per_minute, (cpu - self.cpu0) * per_minute, rss_kb(self.pid))
 
     def close(self):
-        if self.proc is not None:
-            if self.proc.poll() is None:
-                self.proc.kill()
-            self.proc.wait()
-            shutil.rmtree(self.root, ignore_errors=True)
-            shutil.rmtree(self.out, ignore_errors=True)
+        kill(self.proc)
+        shutil.rmtree(self.root, ignore_errors=True)
+        shutil.rmtree(self.out, ignore_errors=True)
         self.link.close()
 
 
@@ -92,20 +89,9 @@ def main():
     parser.add_argument("--seconds", type=float, default=60.0, help="measured time (default 60)")
     parser.add_argument("--warm-up", type=float, default=3.0, help="unmeasured start (default 3)")
     args = parse_as_root(parser, "sim_minute.py")
-    runs = []
-    try:
-        for sim in args.sim:
-            runs.append(Run(sim))
-        time.sleep(args.warm_up)
-        for r in runs:
-            r.begin()
-        time.sleep(args.seconds)
-        for r in runs:
-            processes, cpu, rss = r.end()
-            print("%s %.0f %.2f %d" % (r.sim, processes, cpu, rss))
-    finally:
-        for r in runs:
-            r.close()
+    for r in side_by_side(lambda runs: runs.extend(Run(sim) for sim in args.sim), args.warm_up, args.seconds):
+        processes, cpu, rss = r.end()
+        print("%s %.0f %.2f %d" % (r.sim, processes, cpu, rss))
 
 
 if __name__ == "__main__":
