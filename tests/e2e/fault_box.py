@@ -95,13 +95,13 @@ class Process(psutil.Process):
 class FaultTest(PeerTest):
     """A box with the good fixture's status pages and given settings."""
 
-    def start_box(self, settings, board="BRD25"):
+    def start_box(self, settings, board="BRD25", wrapper=()):
         box = QuietSimBox(netns=self.netns, board=board)
         self.addCleanup(box.close)
         shutil.copytree(FIXTURE, box.root, dirs_exist_ok=True, symlinks=True)
         box.write("/data/oled.ini", settings_text(settings))
         self.sim = box
-        box.start()
+        box.start(wrapper=wrapper)
         box.wait_for(SAVED)
         self.settle()
         self.process = Process(box.proc.pid)

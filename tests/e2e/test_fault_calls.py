@@ -4,8 +4,10 @@ call, the errno and what a user must see."""
 
 import errno
 import os
+import time
 
-from harness import BOX, PeerTest, eventually, main, run
+from fault_box import FaultTest
+from harness import BOX, eventually, main, run
 
 FIU = ["fiu-run", "-x"]
 
@@ -14,7 +16,7 @@ def fiu_control(box, command):
     run("fiu-ctrl", "-c", command, str(box.proc.pid))
 
 
-class FaultCalls(PeerTest):
+class FaultCalls(FaultTest):
     def get(self):
         return self.peer_oledctl("get", "--box", BOX, "--timeout", "0.5").returncode == 0
 
@@ -73,6 +75,24 @@ class FaultCalls(PeerTest):
                 self.send("vi=%d" % (value % 2))
                 eventually(lambda: "OLed_a_sleep_tim=%d" % (10 + value) in box.read("/data/oled.ini").splitlines(),
                            5, "the failed change saved later")
+
+    def test_probes_whose_pages_cannot_be_opened_or_read_leave_nothing_behind(self):
+        # The big panel's loop and the LED loop together call every probe.
+        box = self.start_box({"OLed_a_kind_start": "0", "OLed_a_sleep_tim": "0", "OLed_a_led_start": "1",
+                              "kLed_cpu_gpio": "5_1"}, wrapper=FIU)
+        descriptors = self.process.lasting_descriptors()
+        self.process.quiet(descriptors)
+        threads = self.process.num_threads()
+        for call, code in (("posix/io/oc/open", errno.EMFILE), ("posix/stdio/oc/fdopen", errno.ENOMEM),
+                           ("posix/stdio/gp/fgets", errno.EIO)):
+            with self.subTest(call=call, errno=code):
+                fiu_control(box, "enable_random name=%s,failinfo=%d,probability=0.3" % (call, code))
+                time.sleep(3)
+                fiu_control(box, "disable name=%s" % call)
+                # No child left unreaped, no descriptor left open, the loops on.
+                self.process.quiet(descriptors)
+                self.assertEqual(self.process.num_threads(), threads)
+                self.assert_answers()
 
 
 if __name__ == "__main__":
