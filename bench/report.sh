@@ -4,9 +4,9 @@
 #   bench/report.sh           full run (a minute each of oledd-sim and oledd; 3-6 min)
 #   bench/report.sh --quick   shorter runs (10 s of oledd-sim and oledd; ~2 min)
 # Builds what it needs: build/ (host), build-literal/ (probes through the
-# shell, every datagram answered, every change written at once: the
-# baseline of oledd-sim), build-literal-panel/ (every drawn byte sent at
-# once, its own transaction: the baseline of the panel rows),
+# shell, every datagram answered, every change written at once, every
+# drawn byte sent at once in a transaction of its own: the baseline of
+# oledd-sim and oledd),
 # build-arm/ and build-arm-shared/ (the ARM oledd with the C++ runtime
 # linked in and shared, for size).
 # Needs root for the oledd-sim and oledd rows (namespaces); skipped without.
@@ -46,8 +46,8 @@ build() {  # dir, cmake options..., -- targets...
 
 echo "building ..." >&2
 build build -- bench_pacing bench_panels bench_probes bench_control bench_control_literal oledd-sim oledctl oledd
-build build-literal -DOLEDD_LITERAL_SHELL=ON -DOLEDD_LITERAL_REPLIES=ON -DOLEDD_LITERAL_SAVES=ON -- oledd-sim
-build build-literal-panel -DOLEDD_LITERAL_PANEL=ON -DOLEDD_TESTS=OFF -- oledd-sim oledd
+build build-literal -DOLEDD_LITERAL_SHELL=ON -DOLEDD_LITERAL_REPLIES=ON -DOLEDD_LITERAL_SAVES=ON \
+  -DOLEDD_LITERAL_PANEL=ON -- oledd-sim oledd
 arm=1
 if command -v arm-linux-gnueabihf-g++ > /dev/null; then
   build build-arm -DCMAKE_TOOLCHAIN_FILE=cmake/arm-linux.cmake -DOLEDD_HOST_TOOLS=OFF -- oledd
@@ -89,17 +89,17 @@ if [ "$(id -u)" = 0 ]; then
 fi
 panel=""
 if [ "$(id -u)" = 0 ]; then
-  echo "running oledd-sim on the sample box for ${sim_seconds}s with each panel, both panel builds ..." >&2
+  echo "running oledd-sim on the sample box for ${sim_seconds}s with each panel, both builds ..." >&2
   panel="$("$python" bench/panel_minute.py --seconds "$sim_seconds" --sim build/bin/oledd-sim \
-           --sim build-literal-panel/bin/oledd-sim)"
+           --sim build-literal/bin/oledd-sim)"
 fi
 appliance=""
 if [ "$(id -u)" = 0 ]; then
   arm_oledd=()
   [ $arm = 0 ] || arm_oledd=(--arm build-arm/bin/oledd)
-  echo "running the host oledd, both panel builds (and the ARM one under qemu-arm-static) for ${sim_seconds}s ..." >&2
+  echo "running the host oledd, both builds (and the ARM one under qemu-arm-static) for ${sim_seconds}s ..." >&2
   appliance="$("$python" bench/appliance_minute.py --seconds "$sim_seconds" "${arm_oledd[@]}" \
-               --host build/bin/oledd --host build-literal-panel/bin/oledd)"
+               --host build/bin/oledd --host build-literal/bin/oledd)"
 fi
 discover=""
 if [ "$(id -u)" = 0 ]; then
@@ -139,7 +139,7 @@ done
 if [ -n "$sim" ]; then
   ours="$(sim_field build/bin/oledd-sim 2)"; base="$(sim_field build-literal/bin/oledd-sim 2)"
   row "oledd-sim processes started per minute" "$ours" "$base" \
-      "oledd-sim built with OLEDD_LITERAL_SHELL, $(ratio "$ours" "$base") ours"
+      "oledd-sim with every literal switch, $(ratio "$ours" "$base") ours"
   row "oledd-sim CPU seconds per minute" "$(sim_field build/bin/oledd-sim 3)" \
       "$(sim_field build-literal/bin/oledd-sim 3)" "the same, daemon and the processes it waited for"
   row "oledd-sim resident memory after ${sim_seconds} s, kB" "$(sim_field build/bin/oledd-sim 4)" \
@@ -156,15 +156,15 @@ if [ -n "$reflection" ]; then
 fi
 if [ -n "$panel" ]; then
   for kind in "4:two-wire small panel" "3:four-wire small panel" "0:big panel"; do
-    ours="$(writes_of build/bin/oledd-sim "${kind%%:*}")"; base="$(writes_of build-literal-panel/bin/oledd-sim "${kind%%:*}")"
+    ours="$(writes_of build/bin/oledd-sim "${kind%%:*}")"; base="$(writes_of build-literal/bin/oledd-sim "${kind%%:*}")"
     row "register writes per minute, sample box, ${kind#*:}" "$ours" "$base" \
         "every drawn byte sent at once (OLEDD_LITERAL_PANEL); ours $(ratio "$ours" "$base") fewer"
   done
 fi
 if [ -n "$appliance" ]; then
-  ours="$(appliance_of build/bin/oledd 3)"; base="$(appliance_of build-literal-panel/bin/oledd 3)"
+  ours="$(appliance_of build/bin/oledd 3)"; base="$(appliance_of build-literal/bin/oledd 3)"
   row "host oledd CPU seconds per minute, sample box" "$ours" "$base" \
-      "the same, in the appliance test's root; ours $(ratio "$ours" "$base") less"
+      "every literal switch, in the appliance test's root; ours $(ratio "$ours" "$base") less"
   if [ $arm = 1 ]; then
     row "ARM oledd resident memory after $((sim_seconds + 10)) s, kB" "$(appliance_of build-arm/bin/oledd 2)" \
         "$(appliance_of build/bin/oledd 2)" "host oledd in the same root; ours includes qemu-arm-static"
